@@ -1,0 +1,1 @@
+namespace kelvra_placeholder { int placeholder; }

@@ -1,0 +1,1 @@
+// Removed once real tests land.

@@ -1,0 +1,1 @@
+namespace tmxsim { int placeholder; }
