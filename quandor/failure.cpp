@@ -1,0 +1,23 @@
+#include "quandor/failure.h"
+
+#include <mach/mach_error.h>
+
+#include <iostream>
+
+void report_failure(const char* module, const char* check, const char* function,
+                    const char* message, const char* file, std::int64_t line,
+                    std::int32_t error) {
+  std::ostream& out = std::cerr;
+  out << "Assertion failed: " << module << ": ";
+  if (check != nullptr) out << "Check failed: " << check << " ";
+  if (function != nullptr) out << function << " ";
+  if (message != nullptr) out << message << " ";
+  if (file != nullptr && line != 0) out << file << ":" << line;
+  if (error != 0) {
+    // The base is left as set, on purpose: later numbers on standard error,
+    // line numbers included, come out in hexadecimal too.
+    out << " " << mach_error_string(error) << " (" << std::hex << std::showbase
+        << error << ")";
+  }
+  out << std::endl;
+}

@@ -1,1 +1,0 @@
-namespace varnel { int placeholder; }
