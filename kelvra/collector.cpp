@@ -1,1 +1,111 @@
-namespace kelvra_placeholder { int placeholder; }
+#include "kelvra/collector.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "kelvra/step_output.h"
+#include "quandor/printers.h"
+#include "quandor/profile_retrieval.h"
+#include "quandor/service.h"
+#include "quandor/startup_tables.h"
+
+namespace {
+
+constexpr const char* button_service = "zol-button";
+constexpr const char* request_failed = "kr == 0 ";
+
+constexpr std::uint32_t stats_command = 215;
+constexpr std::int64_t line_stats_failed = 130;
+constexpr const char* stats_banner = "==========kelvra get-stats==============";
+
+constexpr std::uint32_t assets_command = 216;
+constexpr std::int64_t line_assets_failed = 189;
+constexpr const char* assets_banner =
+    "==========kelvra zol-button get-assets==============";
+
+constexpr const char* profile_banner =
+    "==========kelvra zol-button profile==============";
+constexpr unsigned profile_decoded = 1;
+
+struct state_request {
+  const char* banner;
+  const char* service;
+  std::uint32_t command;
+  std::int64_t failure_line;
+};
+
+constexpr state_request state_requests[] = {
+    {"==========kelvra lyn 0xd0==============", "lyn", 208, 148},
+    {"==========kelvra btmspk 0xd0==============", "btmspk", 208, 153},
+    {"==========kelvra zol-button 0xd0==============", "zol-button", 208, 159},
+    {"==========kelvra zol-button 0xd1==============", "zol-button", 209, 164},
+};
+
+// A printer is given no more than the buffer holds, whatever the driver says.
+std::uint64_t printable(std::span<const std::uint8_t> buffer, std::size_t length) {
+  return std::min(length, buffer.size());
+}
+
+}  // namespace
+
+void get_stats() {
+  std::array<std::uint8_t, 2000> buffer{};
+  std::size_t length = buffer.size();
+  const kern_return_t kr =
+      call_command(button_service, stats_command, buffer.data(), &length);
+  if (kr != KERN_SUCCESS) {
+    kelvra_bail(request_failed, line_stats_failed, kr);
+    return;
+  }
+  write_banner(stats_banner);
+  print_pkey_stats(button_service, stats_command, buffer.data(),
+                   printable(buffer, length));
+}
+
+void dump_states() {
+  std::array<std::uint8_t, 4096> buffer{};
+  // Set once: each request is offered what the previous one delivered.
+  std::size_t length = buffer.size();
+  for (const state_request& request : state_requests) {
+    write_banner(request.banner);
+    const kern_return_t kr = call_command(request.service, request.command,
+                                          buffer.data(), &length);
+    if (kr != KERN_SUCCESS) {
+      kelvra_bail(request_failed, request.failure_line, kr);
+      return;
+    }
+    if (const dump_fn printer = dump_registry[request.command])
+      printer(request.service, request.command, buffer.data(),
+              printable(buffer, length));
+  }
+}
+
+void dump_profile() {
+  write_banner(profile_banner);
+  read_profile_events(profile_decoded);
+  drain_zol_profile(profile_decoded);
+}
+
+void get_assets() {
+  std::array<std::uint8_t, 4096> buffer{};
+  std::size_t length = buffer.size();
+  const kern_return_t kr =
+      call_command(button_service, assets_command, buffer.data(), &length);
+  if (kr != KERN_SUCCESS) {
+    kelvra_bail(request_failed, line_assets_failed, kr);
+    return;
+  }
+  write_banner(assets_banner);
+  print_haptic_assets(button_service, assets_command, buffer.data(),
+                      printable(buffer, length));
+}
+
+void harvest() {
+  get_stats();
+  dump_states();
+  dump_profile();
+  get_assets();
+  dump_hid_reports();
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+#include "quandor/failure.h"
+
+// Every failure line of the shared tool library names the same module and
+// source; only the check, message, line and error value differ.
+inline void varnel_bail(const char* check, const char* message,
+                        std::int64_t line, std::int32_t error) {
+  report_failure("varnel", check, "bail", message, "quandor/varnel", line,
+                 error);
+}

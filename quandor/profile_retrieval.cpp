@@ -1,0 +1,121 @@
+#include "quandor/profile_retrieval.h"
+
+#include <IOKit/IOKitLib.h>
+#include <mach/mach_error.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "liblog_zol/ZOLProfile.h"
+#include "quandor/access_failure.h"
+#include "quandor/service.h"
+
+namespace {
+
+constexpr unsigned max_passes = 10;
+
+constexpr const char* event_service = "profile";
+constexpr std::uint32_t event_command = 209;
+constexpr std::size_t event_capacity = 0x10000;
+constexpr std::int64_t line_event_failed = 1871;
+
+constexpr const char* profiler_service = "ZOL_profile";
+constexpr std::uint32_t profiler_selector = 9;
+constexpr std::size_t profiler_capacity = 48000;
+constexpr std::int64_t line_profiler_failed = 2239;
+
+constexpr const char* raw_label = "prof-event ";
+
+// Whole records only; a trailing partial record is dropped.
+void print_records(unsigned mode, std::span<const std::uint8_t> bytes) {
+  for (std::size_t offset = 0; bytes.size() - offset >= profile_record_size;
+       offset += profile_record_size) {
+    const std::uint8_t* record = bytes.data() + offset;
+    if (mode & 1u)
+      print_profile_record(record);
+    else
+      tmx_profile_hexdump(raw_label, record);
+  }
+}
+
+// The bytes delivered, never more than the buffer holds.
+std::span<const std::uint8_t> delivered(std::span<const std::uint8_t> buffer,
+                                        std::size_t length) {
+  return buffer.first(std::min(length, buffer.size()));
+}
+
+}  // namespace
+
+void read_profile_events(unsigned mode) {
+  std::array<std::uint8_t, event_capacity> buffer{};
+  for (unsigned pass = 0; pass < max_passes; ++pass) {
+    std::size_t length = buffer.size();
+    const kern_return_t result =
+        call_command(event_service, event_command, buffer.data(), &length);
+    if (result != KERN_SUCCESS) {
+      varnel_bail("result == 0 ", nullptr, line_event_failed, result);
+      return;
+    }
+    // Unlike the profiler path, a reply shorter than a record asks again.
+    if (length == 0) return;
+    print_records(mode, delivered(buffer, length));
+  }
+}
+
+void drain_profiler_log(unsigned mode, std::uint32_t selector) {
+  profiler_conn connection(profiler_service);
+  if (!connection.open(true)) return;
+
+  std::array<std::uint8_t, profiler_capacity> buffer{};
+  for (unsigned pass = 0; pass < max_passes; ++pass) {
+    std::size_t size = buffer.size();
+    const kern_return_t kr =
+        IOConnectCallMethod(connection.connect, selector, nullptr, 0, nullptr,
+                            0, nullptr, nullptr, buffer.data(), &size);
+    if (kr != KERN_SUCCESS) {
+      varnel_bail("kr == 0 ", mach_error_string(kr), line_profiler_failed, kr);
+      return;
+    }
+    if (size < profile_record_size) return;
+    print_records(mode, delivered(buffer, size));
+  }
+}
+
+void drain_zol_profile(unsigned mode) {
+  drain_profiler_log(mode, profiler_selector);
+}
+
+CFStringRef profile_record_to_string(const std::uint8_t* record) {
+  std::string text;
+  try {
+    text = format_profile_record(record);
+  } catch (...) {
+    // A record that cannot be formatted still gets its (empty) line.
+    text.clear();
+  }
+  return CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(),
+                                   kCFStringEncodingUTF8);
+}
+
+void print_profile_record(const std::uint8_t* record) {
+  CFStringRef line = profile_record_to_string(record);
+  if (line == nullptr) return;
+  if (const char* text = CFStringGetCStringPtr(line, kCFStringEncodingMacRoman)) {
+    std::puts(text);
+  } else {
+    // No direct pointer for text outside ASCII: convert into a buffer.
+    const CFIndex size = CFStringGetMaximumSizeForEncoding(
+                             CFStringGetLength(line), kCFStringEncodingUTF8) +
+                         1;
+    std::vector<char> converted(static_cast<std::size_t>(std::max<CFIndex>(size, 1)));
+    if (CFStringGetCString(line, converted.data(),
+                           static_cast<CFIndex>(converted.size()),
+                           kCFStringEncodingUTF8))
+      std::puts(converted.data());
+  }
+  CFRelease(line);
+}
