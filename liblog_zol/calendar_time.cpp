@@ -1,0 +1,90 @@
+#include "liblog_zol/calendar_time.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <IOKit/IOKitLib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "liblog_zol/ZOLProfile.h"
+
+namespace zol {
+namespace {
+
+// A missing or non-number entry counts as 0.
+std::int64_t dictionary_number(CFDictionaryRef dictionary, CFStringRef key) {
+  long long value = 0;
+  const void* entry = CFDictionaryGetValue(dictionary, key);
+  if (entry && CFGetTypeID(entry) == CFNumberGetTypeID())
+    CFNumberGetValue(static_cast<CFNumberRef>(entry), kCFNumberLongLongType, &value);
+  return value;
+}
+
+// The clock values of the correlation pair, in nanoseconds.
+struct timesync_pair {
+  std::int64_t tmx;
+  std::int64_t calendar;
+};
+
+bool read_timesync(timesync_pair& pair) {
+  const io_service_t service = IOServiceGetMatchingService(
+      kIOMasterPortDefault, IOServiceMatching("CorvelTMXTimesync"));
+  if (!service) return false;
+  const CFTypeRef property = IORegistryEntryCreateCFProperty(
+      service, CFSTR("timesync"), kCFAllocatorDefault, 0);
+  const bool usable = property && CFGetTypeID(property) == CFDictionaryGetTypeID();
+  if (usable) {
+    const auto dictionary = static_cast<CFDictionaryRef>(property);
+    pair.tmx = dictionary_number(dictionary, CFSTR("tmx"));
+    pair.calendar = dictionary_number(dictionary, CFSTR("calendar"));
+  }
+  if (property) CFRelease(property);
+  IOObjectRelease(service);
+  return usable;
+}
+
+// localtime_r skips the time-zone file check that localtime makes on every
+// call; the zone is read once.
+bool local_time(std::time_t seconds, std::tm& local) {
+  static const bool zone_read = (tzset(), true);
+  (void)zone_read;
+  return localtime_r(&seconds, &local) != nullptr;
+}
+
+}  // namespace
+
+bool make_calendar_time(std::uint64_t timestamp, calendar_text& text) {
+  timesync_pair pair{};
+  if (!read_timesync(pair)) return false;
+  const std::uint64_t microseconds =
+      (timestamp * 1000 + static_cast<std::uint64_t>(pair.calendar) -
+       static_cast<std::uint64_t>(pair.tmx)) / 1000;
+  const std::uint64_t seconds = microseconds / 1000000;
+  const std::uint64_t fraction = microseconds - seconds * 1000000;
+
+  std::tm local{};
+  if (!local_time(static_cast<std::time_t>(seconds), local)) return false;
+  // "%s.%06lld" of the clock text and the fraction, cut to the 30-byte buffer
+  // as snprintf would cut it.
+  char full[sizeof text.chars + 7];
+  const std::size_t clock_size = std::strftime(full, sizeof text.chars, "%b %d %T", &local);
+  if (clock_size == 0) return false;
+  full[clock_size] = '.';
+  std::uint64_t rest = fraction;
+  for (std::size_t digit = clock_size + 6; digit > clock_size; --digit, rest /= 10)
+    full[digit] = static_cast<char>('0' + rest % 10);
+  text.size = std::min(clock_size + 7, sizeof text.chars - 1);
+  std::memcpy(text.chars, full, text.size);
+  return true;
+}
+
+}  // namespace zol
+
+bool profile_calendar_time(std::uint64_t timestamp, std::string& text) {
+  zol::calendar_text calendar;
+  if (!zol::make_calendar_time(timestamp, calendar)) return false;
+  text.assign(calendar.view());
+  return true;
+}

@@ -1,0 +1,32 @@
+#include "liblog_zol/line_builder.h"
+
+#include <algorithm>
+
+namespace zol {
+
+line_builder& line_builder::operator<<(double value) {
+  // General notation with precision 6 writes what "%g" writes.
+  char digits[32];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value,
+                                 std::chars_format::general, 6).ptr;
+  const std::size_t size = static_cast<std::size_t>(end - digits);
+  begin_value(size);
+  append(std::string_view(digits, size));
+  return *this;
+}
+
+void line_builder::pad(std::size_t count) {
+  static constexpr std::string_view spaces = "                ";
+  for (; count > spaces.size(); count -= spaces.size()) append(spaces);
+  append(spaces.substr(0, count));
+}
+
+void line_builder::grow(std::size_t count) {
+  const std::size_t capacity = std::max(2 * capacity_, size_ + count);
+  heap_.resize(capacity);
+  if (data_ == stack_) std::memcpy(heap_.data(), stack_, size_);
+  data_ = heap_.data();
+  capacity_ = capacity;
+}
+
+}  // namespace zol

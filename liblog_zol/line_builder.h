@@ -1,0 +1,144 @@
+#pragma once
+
+// The text stream a profile line is built in, with the few stream behaviours
+// the line needs. A width applies to the next value only, right-aligns it
+// with spaces and never cuts a longer one; integers are written in decimal,
+// or in lowercase hexadecimal while hex() is on; doubles are written in the
+// general notation with six significant digits.
+//
+// Lines are built on the stack and copied out once; the many short pieces of
+// a line are copied inline rather than through library calls.
+
+#include <charconv>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace zol {
+
+// Copies `count` bytes, reading and writing only inside both ranges.
+inline void copy_short(char* out, const char* in, std::size_t count) noexcept {
+  if (count >= 8 && count <= 16) {
+    std::memcpy(out, in, 8);
+    std::memcpy(out + count - 8, in + count - 8, 8);
+  } else if (count >= 4 && count < 8) {
+    std::memcpy(out, in, 4);
+    std::memcpy(out + count - 4, in + count - 4, 4);
+  } else if (count < 4) {
+    for (std::size_t i = 0; i < count; ++i) out[i] = in[i];
+  } else {
+    std::memcpy(out, in, count);
+  }
+}
+
+// Writes `value` in decimal so that it ends at `end`; returns its start.
+inline char* decimal_ending_at(char* end, std::uint64_t value) noexcept {
+  static constexpr char pairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+      "8081828384858687888990919293949596979899";
+  while (value >= 100) {
+    end -= 2;
+    std::memcpy(end, pairs + 2 * (value % 100), 2);
+    value /= 100;
+  }
+  if (value >= 10) {
+    end -= 2;
+    std::memcpy(end, pairs + 2 * value, 2);
+  } else {
+    *--end = static_cast<char>('0' + value);
+  }
+  return end;
+}
+
+class line_builder {
+ public:
+  line_builder() noexcept = default;
+  line_builder(const line_builder&) = delete;
+  line_builder& operator=(const line_builder&) = delete;
+
+  line_builder& width(std::size_t next_width) noexcept {
+    width_ = next_width;
+    return *this;
+  }
+  line_builder& hex() noexcept {
+    base_ = 16;
+    return *this;
+  }
+  line_builder& dec() noexcept {
+    base_ = 10;
+    return *this;
+  }
+
+  line_builder& operator<<(std::string_view text) {
+    begin_value(text.size());
+    append(text);
+    return *this;
+  }
+
+  template <std::unsigned_integral T>
+    requires(!std::same_as<T, bool> && !std::same_as<T, char>)
+  line_builder& operator<<(T value) {
+    write_unsigned(value);
+    return *this;
+  }
+
+  line_builder& operator<<(double value);
+
+  bool has_width() const noexcept { return width_ != 0; }
+
+  // Pads for a value of `size` characters that the caller then appends
+  // whole, and lets the width lapse.
+  void begin_value(std::size_t size) {
+    if (width_ > size) pad(width_ - size);
+    width_ = 0;
+  }
+
+  // Room for `count` more characters: where to write them. commit() then
+  // takes the end of what was written.
+  char* reserve(std::size_t count) {
+    if (capacity_ - size_ < count) grow(count);
+    return data_ + size_;
+  }
+  void commit(const char* end) noexcept { size_ = static_cast<std::size_t>(end - data_); }
+
+  void append(std::string_view text) {
+    char* out = reserve(text.size());
+    copy_short(out, text.data(), text.size());
+    size_ += text.size();
+  }
+
+  std::string take() const { return std::string(data_, size_); }
+
+ private:
+  void write_unsigned(std::uint64_t value) {
+    char digits[20];
+    char* const end = digits + sizeof digits;
+    std::string_view text;
+    if (base_ == 10) {
+      const char* const start = decimal_ending_at(end, value);
+      text = {start, static_cast<std::size_t>(end - start)};
+    } else {
+      const char* const stop = std::to_chars(digits, end, value, base_).ptr;
+      text = {digits, static_cast<std::size_t>(stop - digits)};
+    }
+    begin_value(text.size());
+    append(text);
+  }
+  void pad(std::size_t count);
+  void grow(std::size_t count);
+
+  // Room for every line the decoders write; longer ones move to the heap.
+  char stack_[2048];
+  std::string heap_;
+  char* data_ = stack_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = sizeof stack_;
+  std::size_t width_ = 0;
+  int base_ = 10;
+};
+
+}  // namespace zol

@@ -1,0 +1,49 @@
+#include "liblog_zol/name_tables.h"
+
+#include <charconv>
+#include <iterator>
+
+namespace zol {
+namespace {
+
+constexpr bool ascending(std::span<const id_name> table) {
+  for (std::size_t i = 1; i < table.size(); ++i)
+    if (table[i - 1].id >= table[i].id) return false;
+  return true;
+}
+
+// Guards for the transcription: the row counts the tables are known by, and
+// the order every table keeps.
+static_assert(std::size(category_names) == 9 && ascending(category_names));
+static_assert(std::size(execution_components) == 5 && ascending(execution_components));
+static_assert(std::size(workloop_events) == 2 && ascending(workloop_events));
+static_assert(std::size(trace_components) == 2 && ascending(trace_components));
+static_assert(std::size(sensor_components) == 7 && ascending(sensor_components));
+static_assert(std::size(sensor_events) == 13 && ascending(sensor_events));
+static_assert(std::size(orbix_components) == 1 && ascending(orbix_components));
+static_assert(std::size(orbix_events) == 3 && ascending(orbix_events));
+static_assert(std::size(nimbrel_components) == 1 && ascending(nimbrel_components));
+static_assert(std::size(nimbrel_events) == 2 && ascending(nimbrel_events));
+static_assert(std::size(interrupt_components) == 1 && ascending(interrupt_components));
+static_assert(std::size(interrupt_events) == 1 && ascending(interrupt_events));
+static_assert(std::size(uart_components) == 3 && ascending(uart_components));
+static_assert(std::size(uart_events) == 3 && ascending(uart_events));
+static_assert(std::size(pkey_components) == 5 && ascending(pkey_components));
+static_assert(std::size(pkey_latency_checkpoints) == 8 && ascending(pkey_latency_checkpoints));
+static_assert(std::size(pkey_events) == 8 && ascending(pkey_events));
+static_assert(std::size(pkey_trace_points) == 80 && ascending(pkey_trace_points));
+
+}  // namespace
+
+name_text::name_text(std::uint32_t id) noexcept {
+  size_ = static_cast<std::size_t>(
+      std::to_chars(digits_, digits_ + sizeof digits_, id).ptr - digits_);
+}
+
+name_text lookup_name(std::span<const id_name> table, std::uint32_t id) noexcept {
+  for (const id_name& row : table)
+    if (row.id == id) return name_text(row.name);
+  return name_text(id);
+}
+
+}  // namespace zol

@@ -1,0 +1,64 @@
+#pragma once
+
+// Payload layouts as data: each field a key, where its value lies in the
+// record, how it is written and in what width. A layout is written with one
+// loop, each field as " 'key':value,".
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "liblog_zol/line_builder.h"
+#include "liblog_zol/profile_record.h"
+
+namespace zol {
+
+enum class field_form : std::uint8_t {
+  number,    // unsigned little-endian integer of `size` bytes
+  constant,  // `value`, whatever the record holds
+  hex,       // u32 in lowercase hex between apostrophes; the width pads the
+             // opening apostrophe alone
+  text,      // at most `size` characters, up to the first zero, quoted
+  bytes,     // `size` bytes as a byte list; with `count_at`, no more than
+             // the u16 there says
+};
+
+struct payload_field {
+  std::string_view key;
+  field_form form;
+  std::uint8_t offset = 0;
+  std::uint8_t size = 0;
+  std::uint8_t width = 0;  // 0: no width
+  std::uint8_t count_at = 0;
+  std::uint32_t value = 0;
+};
+
+constexpr payload_field number_field(std::string_view key, std::uint8_t offset,
+                                     std::uint8_t size, std::uint8_t width) {
+  return {.key = key, .form = field_form::number, .offset = offset, .size = size,
+          .width = width};
+}
+constexpr payload_field constant_field(std::string_view key, std::uint32_t value,
+                                       std::uint8_t width) {
+  return {.key = key, .form = field_form::constant, .width = width, .value = value};
+}
+constexpr payload_field hex_field(std::string_view key, std::uint8_t offset,
+                                  std::uint8_t width) {
+  return {.key = key, .form = field_form::hex, .offset = offset, .size = 4, .width = width};
+}
+constexpr payload_field text_field(std::string_view key, std::uint8_t offset,
+                                   std::uint8_t size, std::uint8_t width) {
+  return {.key = key, .form = field_form::text, .offset = offset, .size = size,
+          .width = width};
+}
+constexpr payload_field bytes_field(std::string_view key, std::uint8_t offset,
+                                    std::uint8_t size, std::uint8_t width,
+                                    std::uint8_t count_at = 0) {
+  return {.key = key, .form = field_form::bytes, .offset = offset, .size = size,
+          .width = width, .count_at = count_at};
+}
+
+void write_fields(line_builder& stream, const profile_record& record,
+                  std::span<const payload_field> fields);
+
+}  // namespace zol

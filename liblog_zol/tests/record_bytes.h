@@ -1,0 +1,77 @@
+#pragma once
+
+// Test records: 48 bytes laid out little-endian, field by field.
+
+#include <gtest/gtest.h>
+#include <tmxsim/control.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "liblog_zol/ZOLProfile.h"
+
+class record_bytes {
+ public:
+  explicit record_bytes(std::uint32_t type_word, std::uint32_t sequence = 0,
+                        std::uint64_t timestamp = 0) {
+    put(0, type_word, 4);
+    put(4, sequence, 4);
+    put(8, timestamp, 8);
+  }
+
+  record_bytes& u8(std::size_t offset, std::uint8_t value) { return put(offset, value, 1); }
+  record_bytes& u16(std::size_t offset, std::uint16_t value) { return put(offset, value, 2); }
+  record_bytes& u32(std::size_t offset, std::uint32_t value) { return put(offset, value, 4); }
+  record_bytes& u64(std::size_t offset, std::uint64_t value) { return put(offset, value, 8); }
+  record_bytes& text(std::size_t offset, std::string_view chars) {
+    std::memcpy(bytes_.data() + offset, chars.data(), chars.size());
+    return *this;
+  }
+
+  const std::uint8_t* data() const { return bytes_.data(); }
+  std::string line() const { return format_profile_record(bytes_.data()); }
+
+  // What the payload writer wrote: the items between "sequence_num" and the
+  // first "type-id".
+  std::string payload() const {
+    const std::string whole = line();
+    const std::size_t sequence = whole.find(" 'sequence_num':");
+    const std::size_t start = whole.find(',', sequence) + 1;
+    const std::size_t end = whole.find(" 'type-id':", start);
+    return whole.substr(start, end - start);
+  }
+
+ private:
+  record_bytes& put(std::size_t offset, std::uint64_t value, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i)
+      bytes_[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
+    return *this;
+  }
+
+  std::array<std::uint8_t, profile_record_size> bytes_{};
+};
+
+inline void expect_starts_with(const std::string& text, std::string_view expected) {
+  EXPECT_EQ(text.substr(0, expected.size()), expected);
+}
+
+// A phone described by `json`, with times in UTC so that calendar texts are
+// fixed.
+class profile_phone_test : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    load("{}");
+  }
+  void TearDown() override { tmxsim::load_default_description(); }
+
+  static void load(std::string_view json) {
+    ASSERT_EQ(tmxsim::load_description(json, "test phone"), "");
+  }
+};
