@@ -20,6 +20,25 @@ void load_default_description();
 // The built-in default phone's description text.
 std::string_view default_description();
 
+// What the program obtained from the platform and still holds. It is the
+// audit line that TMXSIM_LOG ends with, and all 0 for a clean run:
+//   io_objects   registry handles from IOServiceGetMatchingService and
+//                IORegistryEntryGetChildEntry not yet given to IOObjectRelease;
+//   connections  connections from IOServiceOpen not yet closed (by
+//                IOServiceClose, or IOObjectRelease);
+//   cf_objects   CoreFoundation references the program owns: one for each
+//                object a Create or Copy call, IOServiceMatching,
+//                IOServiceNameMatching, IORegistryEntryCreateCFProperty or
+//                IOHIDDeviceCreate returned and one for each CFRetain, less one
+//                for each CFRelease and each dictionary that
+//                IOServiceGetMatchingService consumed. CFSTR strings and the
+//                booleans never count, nor what the platform holds itself (the
+//                registry, and what containers retain);
+//   misuse       calls that broke a rule and were refused: releasing an
+//                unknown or already released handle or object, releasing an
+//                object more often than the program owns it, calling on a
+//                closed connection, using an object or handle that is not live,
+//                changing an immutable object, an index out of range.
 struct audit_counts {
   long io_objects = 0;
   long connections = 0;
@@ -27,7 +46,7 @@ struct audit_counts {
   long misuse = 0;
 };
 
-// What the program holds now, counted as the audit line counts it.
+// What the program holds now.
 audit_counts audit();
 
 // Forgets every handle, connection and CF object handed out and zeroes the

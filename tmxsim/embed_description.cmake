@@ -1,0 +1,28 @@
+# Writes OUTPUT, a C++ source that holds the bytes of INPUT (cmake -P).
+file(READ "${INPUT}" digits HEX)
+string(LENGTH "${digits}" digit_count)
+math(EXPR size "${digit_count} / 2")
+string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${digits}")
+string(REGEX REPLACE "((0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],))"
+       "\\1\n" bytes "${bytes}")
+file(WRITE "${OUTPUT}.new"
+"// Built from devices/default.json by embed_description.cmake.
+#include \"embedded_default.h\"
+
+namespace tmxsim {
+namespace {
+
+// One byte more than the file, so that an empty file makes a valid array.
+const unsigned char bytes[] = {
+${bytes}0x00};
+
+}  // namespace
+
+std::string_view embedded_default_description() {
+  return {reinterpret_cast<const char*>(bytes), ${size}};
+}
+
+}  // namespace tmxsim
+")
+file(COPY_FILE "${OUTPUT}.new" "${OUTPUT}" ONLY_IF_DIFFERENT)
+file(REMOVE "${OUTPUT}.new")

@@ -1,0 +1,156 @@
+// CoreFoundation: strings, held as UTF-8.
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "cf_describe.h"
+#include "call_log.h"
+#include "platform.h"
+#include "utf8.h"
+
+using tmxsim::cf_kind;
+using tmxsim::cf_value;
+using tmxsim::log_line;
+using tmxsim::platform;
+
+namespace {
+
+struct encoding_name {
+  CFStringEncoding encoding;
+  std::string_view name;
+};
+
+// The encodings the platform knows. MacRoman and ASCII carry ASCII text only.
+constexpr encoding_name encodings[] = {
+    {kCFStringEncodingMacRoman, "MacRoman"},
+    {kCFStringEncodingASCII, "ASCII"},
+    {kCFStringEncodingUTF8, "UTF-8"},
+};
+
+bool known_encoding(CFStringEncoding encoding) {
+  return std::any_of(std::begin(encodings), std::end(encodings),
+                     [encoding](const encoding_name& known) { return known.encoding == encoding; });
+}
+
+std::string encoding_text(CFStringEncoding encoding) {
+  for (const encoding_name& known : encodings)
+    if (known.encoding == encoding) return std::string(known.name);
+  return "encoding=" + std::to_string(encoding);
+}
+
+// Whether `text` can be written in `encoding`.
+bool encodable(std::string_view text, bool ascii, CFStringEncoding encoding) {
+  if (encoding == kCFStringEncodingUTF8) return ascii || tmxsim::is_valid_utf8(text);
+  return known_encoding(encoding) && ascii;
+}
+
+}  // namespace
+
+extern "C" {
+
+CFTypeID CFStringGetTypeID(void) {
+  return tmxsim::answer_type_id("CFStringGetTypeID", cf_kind::string);
+}
+
+CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* cStr,
+                                      CFStringEncoding encoding) {
+  platform& state = tmxsim::the_platform();
+  const void* result = nullptr;
+  if (cStr != nullptr) {
+    const std::string_view text(cStr);
+    const bool ascii = tmxsim::is_ascii(text);
+    if (encodable(text, ascii, encoding)) {
+      cf_value& string = state.cf.create(cf_kind::string, true);
+      string.text = text;
+      string.ascii = ascii;
+      result = state.cf.ref(string);
+    }
+  }
+  if (state.log.on())
+    log_line(state.log, "CFStringCreateWithCString")
+        .quoted(cStr)
+        .word(encoding_text(encoding))
+        .returns()
+        .word(tmxsim::cf_name(state.cf, result));
+  return static_cast<CFStringRef>(result);
+}
+
+const char* CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encoding) {
+  platform& state = tmxsim::the_platform();
+  const cf_value* value = tmxsim::find_live(state, theString, cf_kind::string);
+  const char* result = nullptr;
+  if (value != nullptr && value->ascii && known_encoding(encoding))
+    result = value->text.c_str();
+  if (state.log.on())
+    log_line(state.log, "CFStringGetCStringPtr")
+        .word(tmxsim::cf_name(state.cf, theString))
+        .word(encoding_text(encoding))
+        .returns()
+        .word(result != nullptr ? "text" : "NULL");
+  return result;
+}
+
+Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize,
+                           CFStringEncoding encoding) {
+  platform& state = tmxsim::the_platform();
+  const cf_value* value = tmxsim::find_live(state, theString, cf_kind::string);
+  bool copied = false;
+  if (value != nullptr && buffer != nullptr && bufferSize > 0 &&
+      value->text.size() < static_cast<std::size_t>(bufferSize) &&
+      encodable(value->text, value->ascii, encoding)) {
+    std::memcpy(buffer, value->text.c_str(), value->text.size() + 1);
+    copied = true;
+  }
+  if (state.log.on())
+    log_line(state.log, "CFStringGetCString")
+        .word(tmxsim::cf_name(state.cf, theString))
+        .number(bufferSize)
+        .word(encoding_text(encoding))
+        .returns()
+        .word(copied ? "true" : "false");
+  return copied;
+}
+
+CFIndex CFStringGetLength(CFStringRef theString) {
+  platform& state = tmxsim::the_platform();
+  const cf_value* value = tmxsim::find_live(state, theString, cf_kind::string);
+  const auto length =
+      value != nullptr ? static_cast<CFIndex>(tmxsim::utf16_length(value->text)) : 0;
+  if (state.log.on())
+    log_line(state.log, "CFStringGetLength")
+        .word(tmxsim::cf_name(state.cf, theString))
+        .returns()
+        .number(length);
+  return length;
+}
+
+CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
+  platform& state = tmxsim::the_platform();
+  // Three UTF-8 bytes at most for each UTF-16 unit; -1 when it cannot be said.
+  const CFIndex per_unit = encoding == kCFStringEncodingUTF8 ? 3 : 1;
+  CFIndex size = -1;
+  if (known_encoding(encoding) && length >= 0 &&
+      length <= std::numeric_limits<CFIndex>::max() / per_unit)
+    size = length * per_unit;
+  if (state.log.on())
+    log_line(state.log, "CFStringGetMaximumSizeForEncoding")
+        .number(length)
+        .word(encoding_text(encoding))
+        .returns()
+        .number(size);
+  return size;
+}
+
+// CFSTR: a compile-time constant on the real platform, so not a logged call.
+CFStringRef __CFStringMakeConstantString(const char* cStr) {
+  if (cStr == nullptr) return nullptr;
+  platform& state = tmxsim::the_platform();
+  return static_cast<CFStringRef>(state.cf.ref(state.cf.constant_string(cStr)));
+}
+
+}  // extern "C"

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+namespace tmxsim {
+
+inline constexpr std::string_view default_origin = "built-in default phone";
+
+// devices/default.json, built into the library.
+std::string_view embedded_default_description();
+
+}  // namespace tmxsim

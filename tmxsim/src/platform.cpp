@@ -1,0 +1,140 @@
+#include "platform.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "embedded_default.h"
+
+namespace tmxsim {
+namespace {
+
+// A description file larger than this is refused unread.
+constexpr long max_file_size = 512L << 20;
+
+// "" or the one-line error.
+std::string read_file(const char* path, std::string& text) {
+  std::FILE* file = std::fopen(path, "rb");
+  if (file == nullptr)
+    return "tmxsim: " + std::string(path) + ": cannot open: " + std::strerror(errno);
+  char buffer[65536];
+  std::size_t count = 0;
+  while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
+    if (text.size() + count > static_cast<std::size_t>(max_file_size)) {
+      std::fclose(file);
+      return "tmxsim: " + std::string(path) + ": larger than 512 MiB";
+    }
+    text.append(buffer, count);
+  }
+  const bool failed = std::ferror(file) != 0;
+  const int error = errno;
+  std::fclose(file);
+  if (failed)
+    return "tmxsim: " + std::string(path) + ": cannot read: " + std::strerror(error);
+  return "";
+}
+
+[[noreturn]] void stop(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+  std::exit(2);
+}
+
+void write_audit() {
+  platform& state = the_platform();
+  const audit_counts counts = count_audit(state);
+  state.log.finish("audit io_objects=" + std::to_string(counts.io_objects) +
+                   " connections=" + std::to_string(counts.connections) +
+                   " cf_objects=" + std::to_string(counts.cf_objects) +
+                   " misuse=" + std::to_string(counts.misuse));
+}
+
+platform* start_platform() {
+  // Never deleted: static destructors and exit handlers may still call in.
+  auto* state = new platform;
+  std::string error;
+  if (const char* path = std::getenv("TMXSIM_DEVICE")) {
+    std::string text;
+    error = read_file(path, text);
+    if (error.empty()) error = install_description(*state, text, path);
+  } else {
+    error = install_description(*state, embedded_default_description(), default_origin);
+  }
+  if (!error.empty()) stop(error);
+
+  if (const char* path = std::getenv("TMXSIM_LOG")) {
+    if (!state->log.open(path))
+      stop("tmxsim: " + std::string(path) + ": cannot open the call log: " +
+           std::strerror(errno));
+    // Registered before the program's own static objects are built, so it
+    // runs after they are destroyed.
+    std::atexit(write_audit);
+  }
+  return state;
+}
+
+// Runs ahead of every ordinary static initialiser, so the phone is in place,
+// or the process ended, before the program's own start-up code runs. Nothing
+// of this library may depend on dynamic initialisation for the same reason.
+__attribute__((constructor(101))) void start_before_main() { the_platform(); }
+
+}  // namespace
+
+platform& the_platform() {
+  static platform* const state = start_platform();
+  return *state;
+}
+
+void count_misuse(platform& state, const char* rule) {
+  ++state.misuse;
+  state.log.note_misuse(rule);
+}
+
+cf_value* find_live(platform& state, const void* ref) {
+  cf_value* value = state.cf.find(ref);
+  if (value == nullptr && ref != nullptr) count_misuse(state, "not a live object");
+  return value;
+}
+
+cf_value* find_live(platform& state, const void* ref, cf_kind kind) {
+  cf_value* value = find_live(state, ref);
+  return value != nullptr && value->kind == kind ? value : nullptr;
+}
+
+const handle_slot* find_entry(platform& state, std::uint32_t handle) {
+  const handle_slot* slot = state.handles.find(handle);
+  if (slot != nullptr && slot->kind == handle_kind::entry) return slot;
+  if (handle != 0) count_misuse(state, "not a live registry entry");
+  return nullptr;
+}
+
+CFTypeID answer_type_id(const char* call, cf_kind kind) {
+  platform& state = the_platform();
+  const CFTypeID id = type_id(kind);
+  if (state.log.on()) log_line(state.log, call).returns().number(static_cast<std::int64_t>(id));
+  return id;
+}
+
+std::string install_description(platform& state, std::string_view json,
+                                 std::string_view origin) {
+  parse_result parsed = parse_description(json, origin);
+  state.phone.model = std::move(parsed.phone);
+  reset_platform(state);
+  return parsed.error;
+}
+
+void reset_platform(platform& state) {
+  state.cf.reset();
+  state.handles.reset();
+  rewind_answers(state.phone.model);
+  build_properties(state.phone, state.cf);
+  state.misuse = 0;
+}
+
+audit_counts count_audit(platform& state) {
+  return {state.handles.count(handle_kind::entry),
+          state.handles.count(handle_kind::connection),
+          state.cf.owned_references(), state.misuse};
+}
+
+}  // namespace tmxsim

@@ -1,0 +1,110 @@
+// Descriptions that break the schema: one line that names the item and the fault.
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "sim_test_support.h"
+
+namespace {
+
+struct bad_description {
+  const char* json;
+  const char* path;     // the item at fault
+  const char* problem;  // what the line says about it
+};
+
+constexpr bad_description bad_descriptions[] = {
+    {"[]", "top level", "expected an object"},
+    {R"({"services": {}})", "services", "expected an array"},
+    {R"({"version": 1})", "version", "unknown key"},
+    {R"({"services": [{"class": "A"}]})", "services[0]", R"(missing required key "name")"},
+    {R"({"services": [{"name": 5}]})", "services[0].name", "expected a string"},
+    {R"({"services": [{"name": "a", "colour": "red"}]})", "services[0].colour", "unknown key"},
+    {R"({"services": [{"name": "a"}, {"name": "b", "commands": {"215": {"reply": "0a1"}}}]})",
+     R"(services[1].commands["215"].reply)", "odd number of hexadecimal digits"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"reply": "0a 1 b"}}}]})",
+     R"(services[0].commands["1"].reply)", "blank inside a byte"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"reply": "0g"}}}]})",
+     R"(services[0].commands["1"].reply)", "not a hexadecimal digit"},
+    {R"({"services": [{"name": "a", "commands": {"1": [{}, {"reply": "", "fields": []}]}}]})",
+     R"(services[0].commands["1"][1])", R"("reply" and "fields" exclude each other)"},
+    {R"({"services": [{"name": "a", "open_result": "0xzz"}]})", "services[0].open_result",
+     R"(a result is 0 to 4294967295 or "0x" and 1 to 8 hexadecimal digits)"},
+    {R"({"services": [{"name": "a", "open_result": 4294967296}]})", "services[0].open_result",
+     "a result is 0 to 4294967295"},
+    {R"({"services": [{"name": "a", "open_result": -1}]})", "services[0].open_result",
+     "a result is 0 to 4294967295"},
+    {R"({"services": [{"name": "a", "commands": {"0x10": {}}}]})",
+     R"(services[0].commands["0x10"])", "decimal number"},
+    {R"({"services": [{"name": "a", "commands": {"07": {}}}]})",
+     R"(services[0].commands["07"])", "without leading zeros"},
+    {R"({"services": [{"name": "a", "methods": {"4294967296": {}}}]})",
+     R"(services[0].methods["4294967296"])", "selector keys go up to 4294967295"},
+    {R"({"hid_devices": [{"usage_page": 1, "usage": 2, "reports": {"256": {}}}]})",
+     R"(hid_devices[0].reports["256"])", "report id keys go up to 255"},
+    {R"({"hid_devices": [{"usage_page": 1}]})", "hid_devices[0]",
+     R"(missing required key "usage")"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"u8": 256}]}}}]})",
+     R"(services[0].commands["1"].fields[0].u8)", "u8 must be 0 to 255, not 256"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"u8": 1}, {"i32": 2147483648}]}}}]})",
+     R"(services[0].commands["1"].fields[1].i32)", "i32 must be -2147483648 to 2147483647"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"u16": 1.5}]}}}]})",
+     R"(services[0].commands["1"].fields[0].u16)", "expected an integer"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"text": "abc"}]}}}]})",
+     R"(services[0].commands["1"].fields[0])", R"("text" needs "size")"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"u8": 1, "u16": 2}]}}}]})",
+     R"(services[0].commands["1"].fields[0])", "a piece is one of"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"zeros": 1000000000}]}}}]})",
+     R"(services[0].commands["1"].fields[0].zeros)", "zeros must be 0 to 16777216"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"zeros": 16777216}, {"u8": 0}]}}}]})",
+     R"(services[0].commands["1"].fields[1])", "reply larger than 16 MiB"},
+    {R"({"services": [{"name": "a", "children": [{"name": "b"}, {"name": 5}]}]})",
+     "services[0].children[1].name", "expected a string"},
+    {R"({"services": [{"name": "a", "properties": {"scale": 1.5}}]})",
+     R"(services[0].properties["scale"])", "found 1.5"},
+    {R"({"services": [{"name": "a", "properties": {"big": 9223372036854775808}}]})",
+     R"(services[0].properties["big"])", "64-bit signed"},
+};
+
+TEST(description_errors, each_names_the_item_and_the_fault) {
+  for (const bad_description& bad : bad_descriptions) {
+    const std::string error = tmxsim::load_description(bad.json, "test.json");
+    const std::string expected_start = std::string("tmxsim: test.json: ") + bad.path + ": ";
+    EXPECT_TRUE(error.starts_with(expected_start)) << bad.json << "\n  gave: " << error;
+    EXPECT_NE(error.find(bad.problem), std::string::npos) << bad.json << "\n  gave: " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+  }
+}
+
+TEST(description_errors, syntax_errors_give_the_byte_offset) {
+  // The stray '}' is byte 14, counted from 0.
+  const std::string error = tmxsim::load_description(R"({"services": [})", "test.json");
+  EXPECT_TRUE(error.starts_with("tmxsim: test.json: invalid JSON at byte offset 14: ")) << error;
+  EXPECT_TRUE(tmxsim::load_description("", "empty.json").starts_with(
+      "tmxsim: empty.json: invalid JSON at byte offset 0: "));
+}
+
+TEST(description_errors, a_rejected_description_leaves_no_coprocessor) {
+  use_phone(R"({"services": [{"name": "ZOL_x"}]})");
+  EXPECT_NE(tmxsim::load_description(R"({"services": [{"name": "ZOL_x", "class": 1}]})",
+                                     "test.json"),
+            "");
+  EXPECT_EQ(lookup(IOServiceNameMatching("ZOL_x")), 0u);
+}
+
+TEST(description_errors, the_described_phones_are_valid) {
+  for (const auto& file : std::filesystem::directory_iterator(TMXSIM_DEVICES)) {
+    if (file.path().extension() != ".json") continue;
+    std::ifstream stream(file.path());
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_EQ(tmxsim::load_description(text, file.path().string()), "");
+  }
+  EXPECT_EQ(tmxsim::load_description(tmxsim::default_description(), "default"), "");
+  tmxsim::load_default_description();
+  const io_service_t service = lookup(IOServiceNameMatching("ZOL_zol-button"));
+  EXPECT_NE(service, 0u);
+  IOObjectRelease(service);
+}
+
+}  // namespace

@@ -1,1 +1,0 @@
-// Removed once real tests land.
