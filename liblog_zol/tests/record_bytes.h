@@ -8,8 +8,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
-#include <ctime>
 #include <cstring>
+#include <ctime>
 #include <string>
 #include <string_view>
 
@@ -19,9 +19,7 @@ class record_bytes {
  public:
   explicit record_bytes(std::uint32_t type_word, std::uint32_t sequence = 0,
                         std::uint64_t timestamp = 0) {
-    put(0, type_word, 4);
-    put(4, sequence, 4);
-    put(8, timestamp, 8);
+    put(0, type_word, 4).put(4, sequence, 4).put(8, timestamp, 8);
   }
 
   record_bytes& u8(std::size_t offset, std::uint8_t value) { return put(offset, value, 1); }
@@ -32,18 +30,26 @@ class record_bytes {
     std::memcpy(bytes_.data() + offset, chars.data(), chars.size());
     return *this;
   }
+  // Payload byte k holds k, so a field's value names the offset it came from.
+  record_bytes& counting() {
+    for (std::uint8_t k = 16; k < 48; ++k) bytes_[k] = k;
+    return *this;
+  }
 
-  const std::uint8_t* data() const { return bytes_.data(); }
   std::string line() const { return format_profile_record(bytes_.data()); }
 
-  // What the payload writer wrote: the items between "sequence_num" and the
-  // first "type-id".
+  // The items between "sequence_num" and the first "type-id".
   std::string payload() const {
     const std::string whole = line();
-    const std::size_t sequence = whole.find(" 'sequence_num':");
-    const std::size_t start = whole.find(',', sequence) + 1;
-    const std::size_t end = whole.find(" 'type-id':", start);
-    return whole.substr(start, end - start);
+    const std::size_t start = whole.find(',', whole.find(" 'sequence_num':")) + 1;
+    return whole.substr(start, whole.find(" 'type-id':", start) - start);
+  }
+
+  // The payload the generic writer gives the same bytes (as an execution record).
+  std::string generic_payload() const {
+    record_bytes execution = *this;
+    execution.bytes_[3] = 0;
+    return execution.payload();
   }
 
  private:
@@ -56,12 +62,7 @@ class record_bytes {
   std::array<std::uint8_t, profile_record_size> bytes_{};
 };
 
-inline void expect_starts_with(const std::string& text, std::string_view expected) {
-  EXPECT_EQ(text.substr(0, expected.size()), expected);
-}
-
-// A phone described by `json`, with times in UTC so that calendar texts are
-// fixed.
+// A phone without timesync service, with times in UTC so calendar texts are fixed.
 class profile_phone_test : public ::testing::Test {
  protected:
   void SetUp() override {

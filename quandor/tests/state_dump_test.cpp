@@ -24,11 +24,7 @@ TEST(state_dump, varsium_scan_state_with_derived_values) {
             "waitNumFramesAfterSuccess      : 7\n"
             "motionTriggerNumFrames         : 6\n"
             "accelVarThreshold              : -0.5\n\n");
-  put(buffer, 0, 65536);
-  put(buffer, 32, 0);
-  const std::string out = dump("varsium", 0x1234, buffer, 1);
-  EXPECT_NE(out.find("nextScan in                    : 0 sec\n"), std::string::npos);
-  EXPECT_NE(out.find("accelVarThreshold              : 1\n"), std::string::npos);
+  EXPECT_EQ(dump("varsium", 0x1234, buffer, 1), dump("varsium", 0xd0, buffer, 40));
 }
 
 TEST(state_dump, power_state_of_lyn_and_btmspk_only_for_0xd0) {
@@ -38,8 +34,7 @@ TEST(state_dump, power_state_of_lyn_and_btmspk_only_for_0xd0) {
   EXPECT_EQ(dump("lyn", 0xd0, buffer, 12), "lyn State\n" + fields);
   EXPECT_EQ(dump("btmspk", 0xd0, buffer, 12), "btmspk State\n" + fields);
   EXPECT_EQ(dump("lyn", 0xd1, buffer, 12),
-            "00000000: 01 00 00 00 02 00 00 00  03 00 00 00 " + std::string(12, ' ') +
-                " | ........ ....\n");
+            stdout_of([&] { hexdump(buffer.data(), 12, nullptr); }));
 }
 
 TEST(state_dump, button_counts_print_ap_before_zol) {
@@ -54,24 +49,24 @@ TEST(state_dump, button_counts_print_ap_before_zol) {
 
 TEST(state_dump, button_forwards_stats_and_assets_and_dumps_the_rest) {
   auto buffer = reply_buffer();
-  EXPECT_EQ(dump("zol-button", 0xd7, buffer, 2000).rfind("pkey_stats\n", 0), 0u);
-  EXPECT_EQ(dump("zol-button", 0xd8, buffer, 1200).rfind("Length: 1200, expected 1200\n", 0), 0u);
-  std::string plain = stdout_of([&] { hexdump(buffer.data(), 4, nullptr); });
+  EXPECT_TRUE(dump("zol-button", 0xd7, buffer, 2000).starts_with("pkey_stats\n"));
+  EXPECT_TRUE(dump("zol-button", 0xd8, buffer, 1200).starts_with("Length: 1200, expected 1200\n"));
+  const std::string plain = stdout_of([&] { hexdump(buffer.data(), 4, nullptr); });
   EXPECT_EQ(dump("zol-button", 0xd2, buffer, 4), plain);
   EXPECT_EQ(dump("Zol-button", 0xd0, buffer, 4), plain);
+  EXPECT_EQ(dump("mux", 0xd1, buffer, 4), plain);
   EXPECT_EQ(dump("zol-button", 0xd0, buffer, 0), "");
   EXPECT_EQ(stdout_of([] { print_state_dump("lyn", 0xd0, nullptr, 12); }), "");
 }
 
-TEST(state_dump, mux_samples_one_line_an_entry) {
+TEST(state_dump, mux_samples_one_line_a_whole_entry) {
   auto buffer = reply_buffer();
   put<std::uint64_t>(buffer, 0, 1234);
   put<std::uint32_t>(buffer, 8, 0x5);
   put<std::uint64_t>(buffer, 12, 7);
   put<std::uint32_t>(buffer, 20, 0x1ab);
   EXPECT_EQ(dump("mux", 0xd0, buffer, 11), "");
-  EXPECT_EQ(dump("mux", 0xd0, buffer, 25),
-            "data: 5 timestamp:1234\ndata:1ab timestamp:7\n");
+  EXPECT_EQ(dump("mux", 0xd0, buffer, 25), "data: 5 timestamp:1234\ndata:1ab timestamp:7\n");
 }
 
 }  // namespace

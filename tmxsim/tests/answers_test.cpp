@@ -12,7 +12,8 @@ constexpr std::string_view phone = R"({
   "services": [
     {"name": "ZOL_dev", "commands": {
        "215": {"reply": "01 02 03 04 05 06"},
-       "209": [{"fields": [{"u16": 258}, {"text": "ab", "size": 3}]},
+       "209": [{"fields": [{"u16": 258}, {"text": "abc", "size": 2}, {"zeros": 1},
+                           {"hex": "0a 0b"}, {"text": "d", "size": 2}]},
                {"result": "0xe00002d6", "reply": "ff"},
                {"reply": "09"}],
        "208": {"result": 3758097090, "reply": "ff"}},
@@ -78,8 +79,8 @@ TEST(answers, a_sequence_is_consumed_then_drained) {
   use_phone(phone);
   connection dev("ZOL_dev");
   const answer one = ask(dev.handle, 209);
-  EXPECT_EQ(one.size, 5u);
-  EXPECT_EQ(first(one, 5), (bytes{0x02, 0x01, 'a', 'b', 0}));
+  EXPECT_EQ(one.size, 9u);
+  EXPECT_EQ(first(one, 10), (bytes{0x02, 0x01, 'a', 'b', 0, 0x0a, 0x0b, 'd', 0, untouched}));
   EXPECT_EQ(ask(dev.handle, 209).result, static_cast<kern_return_t>(0xe00002d6));
   EXPECT_EQ(first(ask(dev.handle, 209), 1), bytes{9});
   for (int call = 0; call < 2; ++call) {
@@ -89,21 +90,18 @@ TEST(answers, a_sequence_is_consumed_then_drained) {
   }
   tmxsim::reset_state();
   connection again("ZOL_dev");
-  EXPECT_EQ(ask(again.handle, 209).size, 5u);
+  EXPECT_EQ(ask(again.handle, 209).size, 9u);
 }
 
 TEST(answers, a_failing_call_delivers_nothing) {
   use_phone(phone);
   connection dev("ZOL_dev");
-  const answer rejected = ask(dev.handle, 208, 12);
-  EXPECT_EQ(rejected.result, static_cast<kern_return_t>(0xe00002c2));
-  EXPECT_EQ(rejected.size, 12u);
-  EXPECT_EQ(rejected.buffer, bytes(16, untouched));
-
-  const answer unknown = ask(dev.handle, 216, 12);
-  EXPECT_EQ(unknown.result, static_cast<kern_return_t>(0xe00002c7));
-  EXPECT_EQ(unknown.size, 12u);
-  EXPECT_EQ(unknown.buffer, bytes(16, untouched));
+  for (const auto& [number, result] : {std::pair{208u, 0xe00002c2u}, {216u, 0xe00002c7u}}) {
+    const answer rejected = ask(dev.handle, number, 12);
+    EXPECT_EQ(rejected.result, static_cast<kern_return_t>(result));
+    EXPECT_EQ(rejected.size, 12u);
+    EXPECT_EQ(rejected.buffer, bytes(16, untouched));
+  }
 }
 
 TEST(answers, delivery_stops_at_the_capacity) {
@@ -147,21 +145,12 @@ TEST(answers, opening_answers_open_result_and_null_connection) {
 
 TEST(answers, feature_reports_follow_the_same_delivery) {
   use_phone(phone);
-  const void* keys[] = {CFSTR("DeviceUsagePage"), CFSTR("DeviceUsage")};
-  const void* values[] = {make_int(1), make_int(2)};
-  CFDictionaryRef pair = CFDictionaryCreate(kCFAllocatorDefault, keys, values, 2,
-                                            &kCFTypeDictionaryKeyCallBacks,
-                                            &kCFTypeDictionaryValueCallBacks);
-  for (const void* value : values) CFRelease(value);
-  CFArrayRef pairs = CFArrayCreate(kCFAllocatorDefault, reinterpret_cast<const void**>(&pair),
-                                   1, &kCFTypeArrayCallBacks);
-  CFRelease(pair);
-  const io_service_t service = lookup(with(IOServiceMatching("IOHIDDevice"), "DeviceUsagePairs", pairs));
+  const io_service_t service = lookup(hid_matching(1, 2));
   IOHIDDeviceRef device = IOHIDDeviceCreate(kCFAllocatorDefault, service);
   ASSERT_NE(device, nullptr);
 
-  bytes report(20, untouched);
-  CFIndex size = 20;
+  bytes report(11, untouched);
+  CFIndex size = 11;
   EXPECT_EQ(IOHIDDeviceGetReport(device, kIOHIDReportTypeFeature, 0xe0, report.data(), &size),
             static_cast<IOReturn>(0xe00002cd));  // not open yet
   ASSERT_EQ(IOHIDDeviceOpen(device, 0), kIOReturnSuccess);
@@ -169,13 +158,11 @@ TEST(answers, feature_reports_follow_the_same_delivery) {
   EXPECT_EQ(IOHIDDeviceGetReport(device, kIOHIDReportTypeFeature, 0xe0, report.data(), &size),
             kIOReturnSuccess);
   EXPECT_EQ(size, 10);
-  EXPECT_EQ(report, (bytes{0xff, 0xff, 0xff, 0xff, 0xfe, 0xff, 0xff, 0xff, 1, 0, untouched,
-                           untouched, untouched, untouched, untouched, untouched, untouched,
-                           untouched, untouched, untouched}));
-  size = 20;
+  EXPECT_EQ(report, (bytes{0xff, 0xff, 0xff, 0xff, 0xfe, 0xff, 0xff, 0xff, 1, 0, untouched}));
+  size = 11;
   EXPECT_EQ(IOHIDDeviceGetReport(device, kIOHIDReportTypeFeature, 0xb4, report.data(), &size),
             static_cast<IOReturn>(0xe00002d8));
-  EXPECT_EQ(size, 20);
+  EXPECT_EQ(size, 11);
   EXPECT_EQ(IOHIDDeviceGetReport(device, kIOHIDReportTypeFeature, 0xe1, report.data(), &size),
             static_cast<IOReturn>(0xe00002c7));
   EXPECT_EQ(IOHIDDeviceGetReport(device, kIOHIDReportTypeInput, 0xe0, report.data(), &size),

@@ -20,28 +20,19 @@ io_connect_t open_dev(io_service_t& service) {
   return handle;
 }
 
-TEST(connections, connection_zero_is_refused_without_misuse) {
-  use_phone(phone);
-  std::uint8_t buffer[4] = {7, 7, 7, 7};
-  std::size_t size = sizeof buffer;
-  EXPECT_EQ(command(0, 215, buffer, &size), invalid_destination);
-  EXPECT_EQ(size, 4u);
-  EXPECT_EQ(buffer[0], 7);
-  EXPECT_EQ(audit_text(), all_clear);
-}
-
-TEST(connections, a_closed_connection_is_refused_and_counted) {
+TEST(connections, zero_and_closed_connections_are_refused_closed_ones_counted) {
   use_phone(phone);
   io_service_t service = 0;
   const io_connect_t handle = open_dev(service);
   EXPECT_EQ(audit_text(), "io_objects=1 connections=1 cf_objects=0 misuse=0");
   EXPECT_EQ(IOServiceClose(handle), KERN_SUCCESS);
-
-  std::uint8_t buffer[4] = {7, 7, 7, 7};
-  std::size_t size = sizeof buffer;
-  EXPECT_EQ(command(handle, 215, buffer, &size), invalid_destination);
-  EXPECT_EQ(size, 4u);
-  EXPECT_EQ(buffer[0], 7);
+  for (const io_connect_t refused : {io_connect_t{0}, handle}) {
+    std::uint8_t buffer[4] = {7, 7, 7, 7};
+    std::size_t size = sizeof buffer;
+    EXPECT_EQ(command(refused, 215, buffer, &size), invalid_destination);
+    EXPECT_EQ(size, 4u);
+    EXPECT_EQ(buffer[0], 7);
+  }
   EXPECT_EQ(IOServiceClose(handle), invalid_destination);
   IOObjectRelease(service);
   EXPECT_EQ(audit_text(), "io_objects=0 connections=0 cf_objects=0 misuse=2");

@@ -30,38 +30,9 @@ std::string found(CFDictionaryRef matching) {
   return tag;
 }
 
-CFMutableDictionaryRef interface_named(const char* name) {
-  return with(IOServiceMatching("CorvelTMXInterface"), "IONameMatch", make_string(name));
-}
-
-CFMutableDictionaryRef interface_with_id(int id) {
-  const void* keys[] = {CFSTR("service_id")};
-  const void* values[] = {make_int(id)};
-  CFDictionaryRef wanted = CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1,
-                                              &kCFTypeDictionaryKeyCallBacks,
-                                              &kCFTypeDictionaryValueCallBacks);
-  CFRelease(values[0]);
-  return with(IOServiceMatching("CorvelTMXInterface"), "IOPropertyMatch", wanted);
-}
-
 // The first byte of report 1 of the HID device with this usage pair, or -1.
 int hid_device_with(int page, int usage) {
-  const void* pair_keys[] = {CFSTR("DeviceUsagePage"), CFSTR("DeviceUsage")};
-  const void* pair_values[] = {make_int(page), make_int(usage)};
-  CFDictionaryRef pair = CFDictionaryCreate(kCFAllocatorDefault, pair_keys, pair_values, 2,
-                                            &kCFTypeDictionaryKeyCallBacks,
-                                            &kCFTypeDictionaryValueCallBacks);
-  for (const void* value : pair_values) CFRelease(value);
-  const void* pairs[] = {pair};
-  CFArrayRef list = CFArrayCreate(kCFAllocatorDefault, pairs, 1, &kCFTypeArrayCallBacks);
-  CFRelease(pair);
-  CFMutableDictionaryRef matching = with(
-      CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
-                                &kCFTypeDictionaryValueCallBacks),
-      "DeviceUsagePairs", list);
-  CFDictionaryAddValue(matching, CFSTR("IOProviderClass"), CFSTR("IOHIDDevice"));
-
-  const io_service_t service = lookup(matching);
+  const io_service_t service = lookup(hid_matching(page, usage));
   IOHIDDeviceRef device = IOHIDDeviceCreate(kCFAllocatorDefault, service);
   int first = -1;
   std::uint8_t report[4] = {};

@@ -49,18 +49,6 @@ TEST(reference_counting, releases_past_ownership_are_counted_not_followed) {
   EXPECT_EQ(audit_text(), "io_objects=0 connections=0 cf_objects=0 misuse=3");
 }
 
-TEST(reference_counting, a_value_held_elsewhere_still_counts_its_owner) {
-  use_phone("{}");
-  CFMutableArrayRef array = new_array();
-  CFNumberRef number = make_int(1);
-  CFArrayAppendValue(array, number);
-  CFRelease(number);
-  // The array's reference is not the program's to release.
-  CFRelease(number);
-  EXPECT_EQ(audit_text(), "io_objects=0 connections=0 cf_objects=1 misuse=1");
-  CFRelease(array);
-}
-
 TEST(reference_counting, registry_properties_are_owned_until_released) {
   use_phone(phone);
   const io_service_t service = lookup(IOServiceMatching("CorvelTMXTimesync"));

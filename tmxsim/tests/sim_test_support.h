@@ -8,6 +8,7 @@
 #include <tmxsim/control.h>
 
 #include <cstdint>
+#include <vector>
 #include <string>
 #include <string_view>
 
@@ -60,6 +61,34 @@ inline std::string text_property(io_registry_entry_t entry, const char* key) {
     text = CFStringGetCStringPtr(static_cast<CFStringRef>(value), kCFStringEncodingUTF8);
   if (value != nullptr) CFRelease(value);
   return text;
+}
+
+inline CFMutableDictionaryRef interface_named(const char* name) {
+  return with(IOServiceMatching("CorvelTMXInterface"), "IONameMatch", make_string(name));
+}
+
+inline CFMutableDictionaryRef interface_with_id(int id) {
+  const void* keys[] = {CFSTR("service_id")};
+  const void* values[] = {make_int(id)};
+  CFDictionaryRef wanted = CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1,
+                                              &kCFTypeDictionaryKeyCallBacks,
+                                              &kCFTypeDictionaryValueCallBacks);
+  CFRelease(values[0]);
+  return with(IOServiceMatching("CorvelTMXInterface"), "IOPropertyMatch", wanted);
+}
+
+// The matching dictionary for the HID device with this usage pair.
+inline CFMutableDictionaryRef hid_matching(int page, int usage) {
+  const void* keys[] = {CFSTR("DeviceUsagePage"), CFSTR("DeviceUsage")};
+  const void* values[] = {make_int(page), make_int(usage)};
+  CFDictionaryRef pair = CFDictionaryCreate(kCFAllocatorDefault, keys, values, 2,
+                                            &kCFTypeDictionaryKeyCallBacks,
+                                            &kCFTypeDictionaryValueCallBacks);
+  for (const void* value : values) CFRelease(value);
+  CFArrayRef pairs = CFArrayCreate(kCFAllocatorDefault, reinterpret_cast<const void**>(&pair),
+                                   1, &kCFTypeArrayCallBacks);
+  CFRelease(pair);
+  return with(IOServiceMatching("IOHIDDevice"), "DeviceUsagePairs", pairs);
 }
 
 // Selector 2 with one command.
