@@ -53,6 +53,29 @@ bool local_time(std::time_t seconds, std::tm& local) {
   return localtime_r(&seconds, &local) != nullptr;
 }
 
+// "%b %d %T" of the last second converted. Records come in time order, so
+// most share their second with the record before; the zone is read once, so
+// the same second always gives the same text.
+struct clock_text {
+  bool valid = false;
+  std::uint64_t seconds = 0;
+  char chars[30];
+  std::size_t size = 0;
+};
+
+const clock_text* clock_text_of(std::uint64_t seconds) {
+  static clock_text last;
+  if (last.valid && last.seconds == seconds) return &last;
+  last.valid = false;
+  std::tm local{};
+  if (!local_time(static_cast<std::time_t>(seconds), local)) return nullptr;
+  last.size = std::strftime(last.chars, sizeof last.chars, "%b %d %T", &local);
+  if (last.size == 0) return nullptr;
+  last.seconds = seconds;
+  last.valid = true;
+  return &last;
+}
+
 }  // namespace
 
 bool make_calendar_time(std::uint64_t timestamp, calendar_text& text) {
@@ -64,13 +87,13 @@ bool make_calendar_time(std::uint64_t timestamp, calendar_text& text) {
   const std::uint64_t seconds = microseconds / 1000000;
   const std::uint64_t fraction = microseconds - seconds * 1000000;
 
-  std::tm local{};
-  if (!local_time(static_cast<std::time_t>(seconds), local)) return false;
+  const clock_text* clock = clock_text_of(seconds);
+  if (clock == nullptr) return false;
   // "%s.%06lld" of the clock text and the fraction, cut to the 30-byte buffer
   // as snprintf would cut it.
   char full[sizeof text.chars + 7];
-  const std::size_t clock_size = std::strftime(full, sizeof text.chars, "%b %d %T", &local);
-  if (clock_size == 0) return false;
+  const std::size_t clock_size = clock->size;
+  std::memcpy(full, clock->chars, clock_size);
   full[clock_size] = '.';
   std::uint64_t rest = fraction;
   for (std::size_t digit = clock_size + 6; digit > clock_size; --digit, rest /= 10)

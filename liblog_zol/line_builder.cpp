@@ -16,9 +16,16 @@ line_builder& line_builder::operator<<(double value) {
 }
 
 void line_builder::pad(std::size_t count) {
-  static constexpr std::string_view spaces = "                ";
-  for (; count > spaces.size(); count -= spaces.size()) append(spaces);
-  append(spaces.substr(0, count));
+  // Field widths are short: one fixed-size copy covers them, whatever lies
+  // past `count` being overwritten by what follows.
+  static constexpr char spaces[16] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ',
+                                      ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
+  char* const out = reserve(std::max(count, sizeof spaces));
+  if (count <= sizeof spaces)
+    std::memcpy(out, spaces, sizeof spaces);
+  else
+    std::memset(out, ' ', count);
+  size_ += count;
 }
 
 void line_builder::grow(std::size_t count) {
