@@ -56,13 +56,27 @@ kelvra_run run_kelvra(const std::vector<std::string>& args,
     for (int fd : {out_pipe[0], out_pipe[1], err_pipe[0], err_pipe[1]}) close(fd);
     if (device.empty())
       unsetenv("TMXSIM_DEVICE");
+    else if (device.front() == '/')
+      setenv("TMXSIM_DEVICE", device.c_str(), 1);
     else
       setenv("TMXSIM_DEVICE", (std::string(KELVRA_TEST_DATA) + "/" + device).c_str(), 1);
     setenv("TMXSIM_LOG", log_path, 1);
-    std::vector<char*> argv{const_cast<char*>("kelvra")};
+    // KELVRA_TEST_WRAPPER, e.g. a memory checker and its options, runs the
+    // tool; argv[0] is then the tool's path.
+    std::vector<std::string> wrapper;
+    if (const char* words = std::getenv("KELVRA_TEST_WRAPPER")) {
+      std::istringstream split(words);
+      for (std::string word; split >> word;) wrapper.push_back(word);
+    }
+    std::vector<char*> argv;
+    for (std::string& word : wrapper) argv.push_back(word.data());
+    argv.push_back(const_cast<char*>(wrapper.empty() ? "kelvra" : KELVRA_EXE));
     for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
     argv.push_back(nullptr);
-    execv(KELVRA_EXE, argv.data());
+    if (wrapper.empty())
+      execv(KELVRA_EXE, argv.data());
+    else
+      execvp(argv[0], argv.data());
     _exit(127);
   }
   close(out_pipe[1]);

@@ -11,7 +11,8 @@ struct kelvra_run {
 };
 
 // Runs the built tool, named "kelvra" in argv[0], against the phone described
-// by devices/<device> ("" for the built-in default phone).
+// by devices/<device>, or by the file `device` when it is an absolute path
+// ("" for the built-in default phone).
 kelvra_run run_kelvra(const std::vector<std::string>& args,
                       const std::string& device);
 

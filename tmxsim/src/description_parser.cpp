@@ -158,7 +158,8 @@ bool read_result(const json& value, const json_path& at, std::uint32_t& out,
     const auto [stop, error] = std::from_chars(text.data() + 2, end, out, 16);
     if (error == std::errc() && stop == end) return true;
   }
-  return check.fail(at, rule + ", not " + value.dump());
+  // ASCII only: a JSON string may hold DEL and other bytes unfit for a terminal.
+  return check.fail(at, rule + ", not " + value.dump(-1, ' ', true));
 }
 
 struct key_rule {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "embedded_default.h"
 
@@ -18,6 +19,13 @@ std::string read_file(const char* path, std::string& text) {
   std::FILE* file = std::fopen(path, "rb");
   if (file == nullptr)
     return "tmxsim: " + std::string(path) + ": cannot open: " + std::strerror(errno);
+  // Room for the whole file at once where its size can be told: a bulk
+  // description runs to megabytes.
+  if (std::fseek(file, 0, SEEK_END) == 0) {
+    const long size = std::ftell(file);
+    if (size > 0 && size <= max_file_size) text.reserve(static_cast<std::size_t>(size));
+    std::rewind(file);
+  }
   char buffer[65536];
   std::size_t count = 0;
   while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
@@ -35,8 +43,9 @@ std::string read_file(const char* path, std::string& text) {
   return "";
 }
 
-[[noreturn]] void stop(const std::string& line) {
+[[noreturn]] void stop(std::string&& line) {
   std::fprintf(stderr, "%s\n", line.c_str());
+  std::string().swap(line);  // exit does not unwind, so the text is freed here
   std::exit(2);
 }
 
@@ -49,9 +58,19 @@ void write_audit() {
                    " misuse=" + std::to_string(counts.misuse));
 }
 
+// The platform outlives the program's static objects and exit handlers,
+// which may still call in, and is freed after all of them.
+platform* started = nullptr;
+
+void free_platform() {
+  delete started;
+  started = nullptr;
+}
+
 platform* start_platform() {
-  // Never deleted: static destructors and exit handlers may still call in.
   auto* state = new platform;
+  started = state;
+  std::atexit(free_platform);
   std::string error;
   if (const char* path = std::getenv("TMXSIM_DEVICE")) {
     std::string text;
@@ -60,7 +79,7 @@ platform* start_platform() {
   } else {
     error = install_description(*state, embedded_default_description(), default_origin);
   }
-  if (!error.empty()) stop(error);
+  if (!error.empty()) stop(std::move(error));
 
   if (const char* path = std::getenv("TMXSIM_LOG")) {
     if (!state->log.open(path))

@@ -70,6 +70,14 @@ TEST(description_errors, each_names_the_item_and_the_fault) {
   }
 }
 
+TEST(description_errors, a_rejected_text_is_shown_escaped) {
+  // DEL is valid inside a JSON string but must not reach the terminal.
+  const std::string error = tmxsim::load_description(
+      "{\"services\": [{\"name\": \"a\", \"open_result\": \"0x\x7f\"}]}", "test.json");
+  EXPECT_NE(error.find(R"(not "0x\u007f")"), std::string::npos) << error;
+  EXPECT_EQ(error.find('\x7f'), std::string::npos) << error;
+}
+
 TEST(description_errors, syntax_errors_give_the_byte_offset) {
   // The stray '}' is byte 14, counted from 0.
   const std::string error = tmxsim::load_description(R"({"services": [})", "test.json");
