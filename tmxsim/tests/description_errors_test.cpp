@@ -15,6 +15,10 @@ struct bad_description {
 };
 
 constexpr bad_description bad_descriptions[] = {
+    {"", "invalid JSON at byte offset 0", "syntax error"},
+    {R"({"services": [})", "invalid JSON at byte offset 14", "syntax error"},
+    {"{} x", "invalid JSON at byte offset 3", "syntax error"},
+    {"{\"services\":[{\"name\":\"\xff\"}]}", "invalid JSON at byte offset 22", "ill-formed UTF-8"},
     {"[]", "top level", "expected an object"},
     {R"({"services": {}})", "services", "expected an array"},
     {R"({"version": 1})", "version", "unknown key"},
@@ -32,6 +36,12 @@ constexpr bad_description bad_descriptions[] = {
      R"(a result is 0 to 4294967295 or "0x" and 1 to 8 hexadecimal digits)"},
     {R"({"services": [{"name": "a", "open_result": 4294967296}]})", "services[0].open_result",
      "a result is 0 to 4294967295"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"result": -1}}}]})",
+     R"(services[0].commands["1"].result)", "not -1"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"result": "0x123456789"}}}]})",
+     R"(services[0].commands["1"].result)", R"(not "0x123456789")"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"replies": ""}}}]})",
+     R"(services[0].commands["1"].replies)", "unknown key"},
     {R"({"services": [{"name": "a", "commands": {"0x10": {}}}]})",
      R"(services[0].commands["0x10"])", "decimal number"},
     {R"({"services": [{"name": "a", "commands": {"07": {}}}]})",
@@ -50,6 +60,12 @@ constexpr bad_description bad_descriptions[] = {
      R"(services[0].commands["1"].fields[0])", "a piece is one of"},
     {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"zeros": 1000000000}]}}}]})",
      R"(services[0].commands["1"].fields[0].zeros)", "zeros must be 0 to 16777216"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"text": "x", "size": 1000000000}]}}}]})",
+     R"(services[0].commands["1"].fields[0].size)", "size must be 0 to 16777216"},
+    {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"u8": 256}]}}}]})",
+     R"(services[0].commands["1"].fields[0].u8)", "u8 must be 0 to 255"},
+    {R"({"hid_devices": [{"usage_page": 65536, "usage": 32}]})", "hid_devices[0].usage_page",
+     "usage_page must be 0 to 65535"},
     {R"({"services": [{"name": "a", "commands": {"1": {"fields": [{"zeros": 16777216}, {"u8": 0}]}}}]})",
      R"(services[0].commands["1"].fields[1])", "reply larger than 16 MiB"},
     {R"({"services": [{"name": "a", "children": [{"name": "b"}, {"name": 5}]}]})",
@@ -78,12 +94,23 @@ TEST(description_errors, a_rejected_text_is_shown_escaped) {
   EXPECT_EQ(error.find('\x7f'), std::string::npos) << error;
 }
 
-TEST(description_errors, syntax_errors_give_the_byte_offset) {
-  // The stray '}' is byte 14, counted from 0.
-  const std::string error = tmxsim::load_description(R"({"services": [})", "test.json");
-  EXPECT_TRUE(error.starts_with("tmxsim: test.json: invalid JSON at byte offset 14: ")) << error;
-  EXPECT_TRUE(tmxsim::load_description("", "empty.json").starts_with(
-      "tmxsim: empty.json: invalid JSON at byte offset 0: "));
+// However deep the nesting, the description is refused, not followed.
+TEST(description_errors, deep_nesting_is_refused) {
+  const auto nested = [](const std::string& open, const std::string& close, int depth) {
+    std::string text;
+    for (int i = 0; i < depth; ++i) text += open;
+    for (int i = 0; i < depth; ++i) text += close;
+    return text;
+  };
+  for (const auto& [json, problem] : {
+           std::pair{nested("[", "]", 100000), "top level: expected an object"},
+           {R"({"services":[{"name":"a","properties":{"p":)" + nested("[", "]", 100000) + "}}]}",
+            "nested more than"},
+           {R"({"services":[)" + nested(R"({"name":"a","children":[)", "]}", 1000) + "]}",
+            "children nested more than"}}) {
+    const std::string error = tmxsim::load_description(json, "test.json");
+    EXPECT_NE(error.find(problem), std::string::npos) << error;
+  }
 }
 
 TEST(description_errors, a_rejected_description_leaves_no_coprocessor) {

@@ -48,31 +48,24 @@ int hid_device_with(int page, int usage) {
   return first;
 }
 
-TEST(matching, class_name_and_property_together) {
+TEST(matching, each_dictionary_selects_the_first_entry_it_matches) {
   use_phone(registry);
-  EXPECT_EQ(found(IOServiceMatching("CorvelTMXTimesync")), "sync");
-  EXPECT_EQ(found(IOServiceMatching("NoSuchClass")), "none");
-  // The child named ZOL_shared has another class, so the entry after it matches.
-  EXPECT_EQ(found(interface_named("ZOL_shared")), "shared");
-  EXPECT_EQ(found(interface_named("ZOL_missing")), "none");
-  EXPECT_EQ(audit_text(), all_clear);
-}
-
-TEST(matching, property_numbers_compare_by_value) {
-  use_phone(registry);
-  // The registry holds 64-bit numbers; the request a 32-bit one.
-  EXPECT_EQ(found(interface_with_id(8)), "shared");
-  EXPECT_EQ(found(interface_with_id(7)), "alpha");
-  EXPECT_EQ(found(interface_with_id(9)), "none");
-  EXPECT_EQ(audit_text(), all_clear);
-}
-
-TEST(matching, name_alone_searches_depth_first) {
-  use_phone(registry);
-  // Each entry, then its children, then the next entry.
-  EXPECT_EQ(found(IOServiceNameMatching("ZOL_shared")), "child");
-  EXPECT_EQ(found(IOServiceNameMatching("ZOL_second_child")), "second child");
-  EXPECT_EQ(found(IOServiceNameMatching("Sync")), "sync");
+  const std::pair<CFDictionaryRef, const char*> lookups[] = {
+      {IOServiceMatching("CorvelTMXTimesync"), "sync"},
+      {IOServiceMatching("NoSuchClass"), "none"},
+      // The child named ZOL_shared has another class, so the entry after it matches.
+      {interface_named("ZOL_shared"), "shared"},
+      {interface_named("ZOL_missing"), "none"},
+      // The registry holds 64-bit numbers; the request a 32-bit one.
+      {interface_with_id(8), "shared"},
+      {interface_with_id(7), "alpha"},
+      {interface_with_id(9), "none"},
+      // A name alone searches depth first: each entry, its children, the next entry.
+      {IOServiceNameMatching("ZOL_shared"), "child"},
+      {IOServiceNameMatching("ZOL_second_child"), "second child"},
+      {IOServiceNameMatching("Sync"), "sync"},
+  };
+  for (const auto& [matching, tag] : lookups) EXPECT_EQ(found(matching), tag);
   EXPECT_EQ(audit_text(), all_clear);
 }
 

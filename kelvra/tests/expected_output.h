@@ -1,0 +1,113 @@
+#pragma once
+
+// What `kelvra --harvest` writes: its banners and its failure lines.
+
+#include <IOKit/IOReturn.h>
+#include <mach/mach_error.h>
+
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct failure {
+  bool varnel;  // module varnel of quandor/varnel; otherwise kelvra of kelvra/kelvra
+  const char* check;
+  long line;
+  kern_return_t error = 0;
+};
+using failures = std::vector<failure>;
+
+inline failures operator+(failures first, const failures& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+// The lines as standard error shows them. The access layer's "kr == 0 " lines
+// also carry the error text as their message, and once a line has carried an
+// error value every later line number is hex.
+inline std::string render(const failures& lines) {
+  std::ostringstream out;
+  bool in_hex = false;
+  for (const failure& f : lines) {
+    out << "Assertion failed: " << (f.varnel ? "varnel" : "kelvra") << ": Check failed: "
+        << f.check << " bail ";
+    if (f.varnel && std::string_view(f.check) == "kr == 0 ")
+      out << mach_error_string(f.error) << " ";
+    out << (f.varnel ? "quandor/varnel:" : "kelvra/kelvra:");
+    if (in_hex) out << std::hex << std::showbase;
+    out << f.line << std::dec << std::noshowbase;
+    if (f.error != 0) {
+      out << " " << mach_error_string(f.error) << " (0x" << std::hex
+          << static_cast<unsigned>(f.error) << std::dec << ")";
+      in_hex = true;
+    }
+    out << "\n";
+  }
+  return out.str();
+}
+
+// The line a step writes when its request fails.
+struct step {
+  bool varnel;
+  const char* check;
+  long line;
+
+  failure failed(kern_return_t error) const { return {varnel, check, line, error}; }
+};
+
+inline constexpr step stats_step{false, "kr == 0 ", 130};
+inline constexpr step lyn_step{false, "kr == 0 ", 148};
+inline constexpr step btmspk_step{false, "kr == 0 ", 153};
+inline constexpr step button_d0_step{false, "kr == 0 ", 159};
+inline constexpr step button_d1_step{false, "kr == 0 ", 164};
+inline constexpr step assets_step{false, "kr == 0 ", 189};
+inline constexpr step events_step{true, "result == 0 ", 1871};
+inline constexpr failure hid_missing{false, "service", 221};
+
+// The one-shot command call's own line, then the step's.
+inline failures service_missing(step s) {
+  return {{true, "service", 2903}, s.failed(kIOReturnNotFound)};
+}
+inline failures open_rejected(step s, kern_return_t error) {
+  return {{true, "kr == 0 ", 2906, error}, s.failed(error)};
+}
+inline failures command_failed(step s, kern_return_t error) {
+  return {{true, "kr == 0 ", 2910, error}, s.failed(error)};
+}
+inline failures services_missing(std::initializer_list<step> steps) {
+  failures lines;
+  for (step s : steps) lines = lines + service_missing(s);
+  return lines;
+}
+// A machine without coprocessor: every step fails.
+inline const failures no_coprocessor =
+    services_missing({stats_step, lyn_step, events_step, assets_step}) + failures{hid_missing};
+
+enum banner {
+  stats, lyn, btmspk, button_d0, button_d1, profile, assets,
+  hid_e0, hid_b4, hid_e1, hid_e2, hid_e3, hid_e4
+};
+
+inline std::string hid_banner(const char* report) {
+  return "==============feedscope get " + std::string(report) + " -u 0xFF00,0x0020===============";
+}
+
+inline const std::vector<std::string> banner_texts = {
+    "==========kelvra get-stats==============",
+    "==========kelvra lyn 0xd0==============",
+    "==========kelvra btmspk 0xd0==============",
+    "==========kelvra zol-button 0xd0==============",
+    "==========kelvra zol-button 0xd1==============",
+    "==========kelvra zol-button profile==============",
+    "==========kelvra zol-button get-assets==============",
+    hid_banner("0xe0"), hid_banner("0xb4"), hid_banner("0xe1"),
+    hid_banner("0xe2"), hid_banner("0xe3"), hid_banner("0xe4"),
+};
+
+// The banners as the output shows them, each with its newline.
+inline std::string banners(std::initializer_list<banner> shown) {
+  std::string text;
+  for (banner b : shown) text += banner_texts[b] + "\n";
+  return text;
+}
