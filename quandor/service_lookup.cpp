@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <stdexcept>
 #include <string>
 
 #include "quandor/service.h"
@@ -41,17 +42,24 @@ CFMutableDictionaryRef matching_by_service_id(std::uint32_t id) {
   const int value = static_cast<int>(id);
   CFNumberRef number =
       CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &value);
-  if (number == nullptr) return matching;
+  // Without the id the class alone would match any service of it.
+  if (number == nullptr) {
+    CFRelease(matching);
+    return nullptr;
+  }
   const void* keys[] = {CFSTR("service_id")};
   const void* values[] = {number};
   CFDictionaryRef property =
       CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1,
                          &kCFTypeDictionaryKeyCallBacks,
                          &kCFTypeDictionaryValueCallBacks);
-  if (property != nullptr) {
-    CFDictionarySetValue(matching, CFSTR("IOPropertyMatch"), property);
-    CFRelease(property);
+  if (property == nullptr) {
+    CFRelease(number);
+    CFRelease(matching);
+    return nullptr;
   }
+  CFDictionarySetValue(matching, CFSTR("IOPropertyMatch"), property);
+  CFRelease(property);
   CFRelease(number);
   return matching;
 }
@@ -61,10 +69,13 @@ CFMutableDictionaryRef matching_by_name(const char* text) {
   if (matching == nullptr) return nullptr;
   CFStringRef name =
       CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8);
-  if (name != nullptr) {
-    CFDictionarySetValue(matching, CFSTR("IONameMatch"), name);
-    CFRelease(name);
+  // Without the name the class alone would match any service of it.
+  if (name == nullptr) {
+    CFRelease(matching);
+    return nullptr;
   }
+  CFDictionarySetValue(matching, CFSTR("IONameMatch"), name);
+  CFRelease(name);
   return matching;
 }
 
@@ -83,6 +94,10 @@ io_service_t find_service(const std::string& name) {
     return matching_service(matching_by_name(name.c_str()));
   }
   // A designation without a number raises here, on purpose: nothing catches it.
+  // The conversion would read "0x" with no hex digit after it as the number 0.
+  if (base == 16 && !(name.size() > 2 &&
+                      std::isxdigit(static_cast<unsigned char>(name[2])) != 0))
+    throw std::invalid_argument("stoi");
   const int id = std::stoi(name, nullptr, base);
   return matching_service(matching_by_service_id(static_cast<std::uint32_t>(id)));
 }

@@ -45,6 +45,7 @@ TEST_F(service_lookup, names_are_tried_with_the_prefix_first) {
   EXPECT_EQ(found_id("plain"), 5);
   EXPECT_EQ(found_id("speaker"), -1);  // only a service of another class bears the name
   EXPECT_EQ(found_id("0d16"), -1);     // a name, not a decimal id
+  EXPECT_EQ(found_id("zol\xff"), -1);  // no text to match, so no service at all
 }
 
 TEST_F(service_lookup, ids_are_read_in_hex_and_decimal) {
@@ -60,6 +61,12 @@ TEST_F(service_lookup, long_names_cut_the_prefixed_form_only) {
 
 TEST_F(service_lookup, an_empty_designation_raises) {
   EXPECT_THROW(find_service(""), std::invalid_argument);
+}
+
+TEST_F(service_lookup, a_hex_prefix_without_a_hex_number_raises) {
+  EXPECT_THROW(find_service("0x"), std::invalid_argument);
+  EXPECT_THROW(find_service("0xzz"), std::invalid_argument);
+  EXPECT_THROW(find_service("0x-1"), std::invalid_argument);
 }
 
 }  // namespace
