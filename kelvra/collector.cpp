@@ -48,20 +48,28 @@ std::uint64_t printable(std::span<const std::uint8_t> buffer, std::size_t length
   return std::min(length, buffer.size());
 }
 
+// One button request into a fresh buffer of `capacity` bytes; on success its
+// banner, then its printer.
+template <std::size_t capacity>
+void button_report(std::uint32_t command, std::int64_t failure_line,
+                   const char* banner, dump_fn printer) {
+  std::array<std::uint8_t, capacity> buffer{};
+  std::size_t length = buffer.size();
+  const kern_return_t kr =
+      call_command(button_service, command, buffer.data(), &length);
+  if (kr != KERN_SUCCESS) {
+    kelvra_bail(request_failed, failure_line, kr);
+    return;
+  }
+  write_banner(banner);
+  printer(button_service, command, buffer.data(), printable(buffer, length));
+}
+
 }  // namespace
 
 void get_stats() {
-  std::array<std::uint8_t, 2000> buffer{};
-  std::size_t length = buffer.size();
-  const kern_return_t kr =
-      call_command(button_service, stats_command, buffer.data(), &length);
-  if (kr != KERN_SUCCESS) {
-    kelvra_bail(request_failed, line_stats_failed, kr);
-    return;
-  }
-  write_banner(stats_banner);
-  print_pkey_stats(button_service, stats_command, buffer.data(),
-                   printable(buffer, length));
+  button_report<2000>(stats_command, line_stats_failed, stats_banner,
+                      print_pkey_stats);
 }
 
 void dump_states() {
@@ -89,17 +97,8 @@ void dump_profile() {
 }
 
 void get_assets() {
-  std::array<std::uint8_t, 4096> buffer{};
-  std::size_t length = buffer.size();
-  const kern_return_t kr =
-      call_command(button_service, assets_command, buffer.data(), &length);
-  if (kr != KERN_SUCCESS) {
-    kelvra_bail(request_failed, line_assets_failed, kr);
-    return;
-  }
-  write_banner(assets_banner);
-  print_haptic_assets(button_service, assets_command, buffer.data(),
-                      printable(buffer, length));
+  button_report<4096>(assets_command, line_assets_failed, assets_banner,
+                      print_haptic_assets);
 }
 
 void harvest() {
