@@ -30,7 +30,7 @@ struct timesync_pair {
 
 bool read_timesync(timesync_pair& pair) {
   const io_service_t service = IOServiceGetMatchingService(
-      kIOMasterPortDefault, IOServiceMatching("CorvelTMXTimesync"));
+      kIOMainPortDefault, IOServiceMatching("CorvelTMXTimesync"));
   if (!service) return false;
   const CFTypeRef property = IORegistryEntryCreateCFProperty(
       service, CFSTR("timesync"), kCFAllocatorDefault, 0);

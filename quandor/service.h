@@ -1,5 +1,6 @@
 #pragma once
 
+#include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOKitLib.h>
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+#include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOKitLib.h>
 
 #include <algorithm>

@@ -32,7 +32,7 @@ void clear_slot(cf_value& value) {
   value.owned = 0;
   value.held = 0;
   value.boolean = false;
-  value.number_type = 0;
+  value.number_type = CFNumberType{};
   value.is_float = false;
   value.integer = 0;
   value.real = 0;

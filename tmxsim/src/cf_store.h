@@ -52,7 +52,7 @@ struct cf_value {
   long held = 0;
 
   bool boolean = false;
-  CFNumberType number_type = 0;  // canonical: SInt8/16/32/64 or Float32/64
+  CFNumberType number_type{};  // canonical: SInt8/16/32/64 or Float32/64
   bool is_float = false;
   std::int64_t integer = 0;
   double real = 0;

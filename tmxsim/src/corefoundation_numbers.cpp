@@ -39,7 +39,7 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void* val
 CFNumberType CFNumberGetType(CFNumberRef number) {
   platform& state = tmxsim::the_platform();
   const cf_value* value = tmxsim::find_live(state, number, cf_kind::number);
-  const CFNumberType type = value != nullptr ? value->number_type : 0;
+  const CFNumberType type = value != nullptr ? value->number_type : CFNumberType{};
   if (state.log.on())
     log_line(state.log, "CFNumberGetType")
         .word(tmxsim::cf_name(state.cf, number))

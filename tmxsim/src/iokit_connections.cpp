@@ -1,6 +1,7 @@
 // IOKit: user-client connections and the calls made on them.
 
 #include <IOKit/IOKitLib.h>
+#include <mach/message.h>
 
 #include <string>
 

@@ -44,7 +44,6 @@ CFMutableDictionaryRef new_matching(const char* call, const char* key, const cha
 extern "C" {
 
 const mach_port_t kIOMainPortDefault = MACH_PORT_NULL;
-const mach_port_t kIOMasterPortDefault = MACH_PORT_NULL;
 
 kern_return_t IOObjectRelease(io_object_t object) {
   platform& state = tmxsim::the_platform();

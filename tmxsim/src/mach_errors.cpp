@@ -2,6 +2,8 @@
 
 #include <IOKit/IOReturn.h>
 #include <mach/mach_error.h>
+#include <mach/mach_init.h>
+#include <mach/message.h>
 
 #include "call_log.h"
 #include "platform.h"
@@ -82,14 +84,14 @@ mach_port_t mach_task_self(void) {
   return own_task;
 }
 
-const char* mach_error_string(mach_error_t error_value) {
+char* mach_error_string(mach_error_t error_value) {
   tmxsim::platform& state = tmxsim::the_platform();
   const auto code = static_cast<std::uint32_t>(error_value);
   const char* text = "unknown error code";
   for (const error_text& known : error_texts)
     if (known.code == code) text = known.text;
   if (state.log.on()) tmxsim::log_line(state.log, "mach_error_string").hex(code).returns().quoted(text);
-  return text;
+  return const_cast<char*>(text);
 }
 
 }  // extern "C"

@@ -1,27 +1,19 @@
 #ifndef TMXSIM_IOKIT_IOKITLIB_H
 #define TMXSIM_IOKIT_IOKITLIB_H
 
-#include <CoreFoundation/CoreFoundation.h>
+#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CFDictionary.h>
+#include <CoreFoundation/CFRunLoop.h>
 #include <IOKit/IOKitKeys.h>
-#include <IOKit/IOReturn.h>
-#include <mach/mach.h>
+#include <IOKit/IOTypes.h>
+#include <mach/mach_init.h>
+#include <mach/mach_types.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-typedef mach_port_t io_object_t;
-typedef io_object_t io_connect_t;
-typedef io_object_t io_iterator_t;
-typedef io_object_t io_registry_entry_t;
-typedef io_object_t io_service_t;
-typedef char io_name_t[128];
-typedef UInt32 IOOptionBits;
-
-#define IO_OBJECT_NULL ((io_object_t)0)
-
 extern const mach_port_t kIOMainPortDefault;
-extern const mach_port_t kIOMasterPortDefault;
 
 kern_return_t IOObjectRelease(io_object_t object);
 

@@ -1,7 +1,7 @@
 #ifndef TMXSIM_IOKIT_IORETURN_H
 #define TMXSIM_IOKIT_IORETURN_H
 
-#include <mach/mach.h>
+#include <mach/error.h>
 
 typedef kern_return_t IOReturn;
 

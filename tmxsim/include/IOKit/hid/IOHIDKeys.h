@@ -1,6 +1,8 @@
 #ifndef TMXSIM_IOKIT_HID_IOHIDKEYS_H
 #define TMXSIM_IOKIT_HID_IOHIDKEYS_H
 
+#include <stdint.h>
+
 #define kIOHIDDeviceKey "IOHIDDevice"
 #define kIOHIDDeviceUsagePairsKey "DeviceUsagePairs"
 #define kIOHIDDeviceUsagePageKey "DeviceUsagePage"
@@ -14,5 +16,6 @@ typedef enum IOHIDReportType {
 } IOHIDReportType;
 
 enum { kIOHIDOptionsTypeNone = 0x00, kIOHIDOptionsTypeSeizeDevice = 0x01 };
+typedef uint32_t IOHIDOptionsType;
 
 #endif
