@@ -1,15 +1,17 @@
 #include "liblog_zol/line_builder.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace zol {
 
 line_builder& line_builder::operator<<(double value) {
-  // General notation with precision 6 writes what "%g" writes.
+  // General notation, six significant digits, as the stream writes it; the
+  // phone's C++ library has no floating-point to_chars before iOS 16.3.
   char digits[32];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value,
-                                 std::chars_format::general, 6).ptr;
-  const std::size_t size = static_cast<std::size_t>(end - digits);
+  const int written = std::snprintf(digits, sizeof digits, "%g", value);
+  const std::size_t size =
+      written > 0 ? std::min(static_cast<std::size_t>(written), sizeof digits - 1) : 0;
   begin_value(size);
   append(std::string_view(digits, size));
   return *this;
