@@ -1,5 +1,4 @@
 #include <IOKit/IOKitLib.h>
-#include <mach/mach_error.h>
 
 #include "quandor/access_failure.h"
 #include "quandor/service.h"
@@ -27,7 +26,7 @@ kern_return_t call_command(const std::string& service_name,
     result = kIOReturnNotFound;
   } else if ((result = IOServiceOpen(service, mach_task_self(), 0,
                                      &connection)) != KERN_SUCCESS) {
-    varnel_bail("kr == 0 ", mach_error_string(result), line_open_failed,
+    varnel_bail("kr == 0 ", error_text(result), line_open_failed,
                 result);
   } else if (connection == 0) {
     // Reported, yet the caller sees success and an untouched buffer.
@@ -37,7 +36,7 @@ kern_return_t call_command(const std::string& service_name,
     result = IOConnectCallMethod(connection, command_selector, &input, 1,
                                  nullptr, 0, nullptr, nullptr, buffer, length);
     if (result != KERN_SUCCESS)
-      varnel_bail("kr == 0 ", mach_error_string(result), line_call_failed,
+      varnel_bail("kr == 0 ", error_text(result), line_call_failed,
                   result);
   }
 

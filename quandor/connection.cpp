@@ -1,5 +1,4 @@
 #include <IOKit/IOKitLib.h>
-#include <mach/mach_error.h>
 
 #include <utility>
 
@@ -44,7 +43,7 @@ bool service_conn::open(bool quiet) {
 
   const kern_return_t kr = IOServiceOpen(child, mach_task_self(), 0, &connect);
   if (kr != KERN_SUCCESS) {
-    varnel_bail("kr == 0 ", mach_error_string(kr), line_open_failed, kr);
+    varnel_bail("kr == 0 ", error_text(kr), line_open_failed, kr);
     return false;
   }
   return true;

@@ -4,6 +4,11 @@
 
 #include <iostream>
 
+const char* error_text(std::int32_t error) {
+  const char* text = mach_error_string(error);
+  return text != nullptr ? text : "(null)";
+}
+
 void report_failure(const char* module, const char* check, const char* function,
                     const char* message, const char* file, std::int64_t line,
                     std::int32_t error) {
@@ -16,7 +21,7 @@ void report_failure(const char* module, const char* check, const char* function,
   if (error != 0) {
     // The base is left as set, on purpose: later numbers on standard error,
     // line numbers included, come out in hexadecimal too.
-    out << " " << mach_error_string(error) << " (" << std::hex << std::showbase
+    out << " " << error_text(error) << " (" << std::hex << std::showbase
         << error << ")";
   }
   out << std::endl;

@@ -1,7 +1,6 @@
 #include "quandor/profile_retrieval.h"
 
 #include <IOKit/IOKitLib.h>
-#include <mach/mach_error.h>
 
 #include <algorithm>
 #include <array>
@@ -77,7 +76,7 @@ void drain_profiler_log(unsigned mode, std::uint32_t selector) {
         IOConnectCallMethod(connection.connect, selector, nullptr, 0, nullptr,
                             0, nullptr, nullptr, buffer.data(), &size);
     if (kr != KERN_SUCCESS) {
-      varnel_bail("kr == 0 ", mach_error_string(kr), line_profiler_failed, kr);
+      varnel_bail("kr == 0 ", error_text(kr), line_profiler_failed, kr);
       return;
     }
     if (size < profile_record_size) return;

@@ -31,6 +31,7 @@ using json = nlohmann::ordered_json;
 constexpr kern_return_t rejected = kIOReturnNotPermitted;
 constexpr kern_return_t unsupported = kIOReturnUnsupported;
 constexpr kern_return_t no_connection = MACH_SEND_INVALID_DEST;
+constexpr kern_return_t without_text = -1;
 
 const failure null_connection{true, "connect", 2907};
 
@@ -238,13 +239,14 @@ std::vector<fault> all_faults() {
        {{false, "result == 0 ", 227, rejected}}, all_hid_banners},
       {"hid_report_empty", set("", "/hid_devices/0/reports/180", empty_reply), {}, {}},
 
-      // After the first line with an error value, line numbers are hex.
-      {"later_line_numbers_in_hex",
+      // After the first line with an error value, line numbers are hex; a
+      // result the platform has no text for stops no later line.
+      {"result_without_text_then_hex_line_numbers",
        [](json& phone) {
-         set("ZOL_zol-button", "/commands/215", result(rejected))(phone);
+         set("ZOL_zol-button", "/commands/215", result(without_text))(phone);
          set("", "/hid_devices")(phone);
        },
-       command_failed(stats_step, rejected) + failures{hid_missing},
+       command_failed(stats_step, without_text) + failures{hid_missing},
        {stats, hid_e0, hid_b4, hid_e1, hid_e2, hid_e3, hid_e4}},
   };
   add_service_faults(table);

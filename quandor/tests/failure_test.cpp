@@ -1,7 +1,6 @@
 #include "quandor/failure.h"
 
 #include <gtest/gtest.h>
-#include <mach/mach_error.h>
 
 #include <iostream>
 #include <string>
@@ -22,16 +21,24 @@ TEST(failure_line, absent_parts_and_line_zero_are_left_out) {
             "Assertion failed: kelvra: Check failed: device bail \n");
 }
 
-TEST(failure_line, every_part_present_then_the_base_stays_hexadecimal) {
+// The base set for the first error value stays; a result without a text
+// still gives a whole line, and the lines after it are written too.
+TEST(failure_line, error_values_then_hexadecimal_line_numbers) {
   std::cerr << std::dec << std::noshowbase;
   const auto not_found = static_cast<std::int32_t>(0xe00002f0);
-  const std::string text = mach_error_string(not_found);
-  EXPECT_EQ(stderr_of("varnel", "kr == 0 ", "bail", text.c_str(), "quandor/varnel", 2906,
-                      not_found),
+  const std::string text = "(iokit/common) data was not found";
+  EXPECT_EQ(error_text(not_found), text);
+  EXPECT_EQ(stderr_of("varnel", "kr == 0 ", "bail", error_text(not_found), "quandor/varnel",
+                      2906, not_found),
             "Assertion failed: varnel: Check failed: kr == 0  bail " + text +
                 " quandor/varnel:2906 " + text + " (0xe00002f0)\n");
   EXPECT_EQ(stderr_of("kelvra", "kr == 0 ", "bail", nullptr, "kelvra/kelvra", 130, 0),
             "Assertion failed: kelvra: Check failed: kr == 0  bail kelvra/kelvra:0x82\n");
+  EXPECT_EQ(stderr_of("varnel", "kr == 0 ", "bail", error_text(-1), "quandor/varnel", 2910, -1),
+            "Assertion failed: varnel: Check failed: kr == 0  bail (null) quandor/varnel:0xb5e"
+            " (null) (0xffffffff)\n");
+  EXPECT_EQ(stderr_of("kelvra", "service", "bail", nullptr, "kelvra/kelvra", 221, 0),
+            "Assertion failed: kelvra: Check failed: service bail kelvra/kelvra:0xdd\n");
   std::cerr << std::dec << std::noshowbase;
 }
 
