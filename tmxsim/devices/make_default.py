@@ -939,7 +939,7 @@ def main():
 
     default = phone(passes=event_passes, profiler_passes=profiler_passes)
     # The faulty phone: a short log of the first records only.
-    faulty = phone(btmspk=False, assets_result="0xe00002c2", report_results={226: "0xe00002d8"},
+    faulty = phone(btmspk=False, assets_result="0xffffffff", report_results={226: "0xe00002d8"},
                    passes=[events[:6]], profiler_passes=[profiler[:4]])
     for name, description in (("default.json", default), ("faulty.json", faulty)):
         body = to_json(description) + "\n"
