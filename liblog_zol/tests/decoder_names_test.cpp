@@ -15,7 +15,8 @@ std::string header_names(std::uint32_t word) {
   std::string names;
   for (const char* key : {" 'category':", " 'component':", " 'event':"}) {
     const std::size_t open = line.find('\'', line.find(key) + std::string(key).size());
-    names += (names.empty() ? "" : "/") + line.substr(open + 1, line.find('\'', open + 1) - open - 1);
+    if (!names.empty()) names += '/';
+    names += line.substr(open + 1, line.find('\'', open + 1) - open - 1);
   }
   return names;
 }
