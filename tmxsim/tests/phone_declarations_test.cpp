@@ -47,7 +47,10 @@ static_assert(same<decltype(IOConnectUnmapMemory),
 static_assert(same<decltype(kIOMainPortDefault), const mach_port_t>);
 static_assert(same<decltype(mach_task_self()), mach_port_t>);
 static_assert(same<decltype(mach_error_string), char*(mach_error_t)>);
-static_assert(same<decltype(__assert_rtn), void(const char*, const char*, int, const char*)>);
+// clang makes "does not return" part of the function's type; the parameters
+// are what must match.
+static_assert(std::is_convertible_v<decltype(&__assert_rtn),
+                                    void (*)(const char*, const char*, int, const char*)>);
 
 // IOKit HID.
 static_assert(same<decltype(IOHIDDeviceCreate), IOHIDDeviceRef(CFAllocatorRef, io_service_t)>);
