@@ -4,45 +4,26 @@
 // each kind of broken description is checked with the platform's own tests.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
-#include <optional>
 #include <string>
 
-#include "run_kelvra.h"
-
-namespace {
+#include "expected_output.h"
 
 TEST(bad_description_run, stops_with_one_line_and_status_2) {
-  const struct {
-    std::optional<std::string> text;  // none: the path itself is the problem
-    std::string problem;              // words the line must hold
-    std::string path = "";            // "" for a fresh file holding `text`
-  } bad_descriptions[] = {
-      {std::nullopt, "cannot open", "/tmp/kelvra_no_such_description.json"},
-      {std::nullopt, "cannot read", "/tmp"},
+  // A path, or the description's text, and words the line must hold.
+  const std::pair<std::string, std::string> bad_descriptions[] = {
+      {"/tmp/kelvra_no_such_description.json", "cannot open"},
+      {"/tmp", "cannot read"},
       {R"({"services": [)", "byte offset 14"},
       {R"({"services":[{"name":7}]})", "services[0].name"},
   };
-  for (const auto& bad : bad_descriptions) {
-    std::string path = bad.path;
-    if (bad.text) {
-      char name[] = "/tmp/kelvra_bad_description_XXXXXX";
-      close(mkstemp(name));
-      path = name;
-      std::ofstream(path, std::ios::binary) << *bad.text;
-    }
-    const kelvra_run run = run_kelvra({"--harvest"}, path);
-    if (bad.text) std::remove(path.c_str());
+  for (const auto& [phone, problem] : bad_descriptions) {
+    const kelvra_run run = run_kelvra({"--harvest"}, phone);
 
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.out, "");
-    EXPECT_TRUE(run.err.starts_with("tmxsim: " + path + ": ")) << run.err;
+    EXPECT_TRUE(run.err.starts_with("tmxsim: " + run.phone + ": ")) << run.err;
     EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
-    EXPECT_NE(run.err.find(bad.problem), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find(problem), std::string::npos) << run.err;
   }
 }
-
-}  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
-// What `kelvra --harvest` writes: its banners and its failure lines.
+// What `kelvra --harvest` writes, its banners and its failure lines, and how
+// the tests run it.
 
 #include <IOKit/IOReturn.h>
 #include <mach/message.h>
@@ -10,6 +11,24 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+struct kelvra_run {
+  std::string out;
+  std::string err;
+  int status = -1;
+  std::string audit;  // the last line of the platform's call log
+  std::string phone;  // the file TMXSIM_DEVICE named, "" for none
+};
+
+// Runs the built tool, named "kelvra" in argv[0], against a phone: "" for the
+// built-in default phone, the path of a description, or, when it starts with
+// '{', the description itself, put in a file of its own.
+kelvra_run run_kelvra(const std::vector<std::string>& args, const std::string& phone);
+
+// The whole of a file; "" when it cannot be read.
+std::string read_file(const std::string& path);
+
+inline const std::string clean_audit = "audit io_objects=0 connections=0 cf_objects=0 misuse=0";
 
 struct failure {
   bool varnel;  // module varnel of quandor/varnel; otherwise kelvra of kelvra/kelvra
@@ -61,37 +80,29 @@ inline std::string render(const failures& lines) {
   return out.str();
 }
 
-// The line a step writes when its request fails.
-struct step {
-  bool varnel;
-  const char* check;
-  long line;
-
-  failure failed(kern_return_t error) const { return {varnel, check, line, error}; }
-};
-
-inline constexpr step stats_step{false, "kr == 0 ", 130};
-inline constexpr step lyn_step{false, "kr == 0 ", 148};
-inline constexpr step btmspk_step{false, "kr == 0 ", 153};
-inline constexpr step button_d0_step{false, "kr == 0 ", 159};
-inline constexpr step button_d1_step{false, "kr == 0 ", 164};
-inline constexpr step assets_step{false, "kr == 0 ", 189};
-inline constexpr step events_step{true, "result == 0 ", 1871};
+// The lines the steps write when their request fails, without the error.
+inline constexpr failure stats_step{false, "kr == 0 ", 130};
+inline constexpr failure lyn_step{false, "kr == 0 ", 148};
+inline constexpr failure btmspk_step{false, "kr == 0 ", 153};
+inline constexpr failure button_d0_step{false, "kr == 0 ", 159};
+inline constexpr failure button_d1_step{false, "kr == 0 ", 164};
+inline constexpr failure assets_step{false, "kr == 0 ", 189};
+inline constexpr failure events_step{true, "result == 0 ", 1871};
 inline constexpr failure hid_missing{false, "service", 221};
 
 // The one-shot command call's own line, then the step's.
-inline failures service_missing(step s) {
-  return {{true, "service", 2903}, s.failed(kIOReturnNotFound)};
+inline failures service_missing(failure step) {
+  return {{true, "service", 2903}, {step.varnel, step.check, step.line, kIOReturnNotFound}};
 }
-inline failures open_rejected(step s, kern_return_t error) {
-  return {{true, "kr == 0 ", 2906, error}, s.failed(error)};
+inline failures open_rejected(failure step, kern_return_t error) {
+  return {{true, "kr == 0 ", 2906, error}, {step.varnel, step.check, step.line, error}};
 }
-inline failures command_failed(step s, kern_return_t error) {
-  return {{true, "kr == 0 ", 2910, error}, s.failed(error)};
+inline failures command_failed(failure step, kern_return_t error) {
+  return {{true, "kr == 0 ", 2910, error}, {step.varnel, step.check, step.line, error}};
 }
-inline failures services_missing(std::initializer_list<step> steps) {
+inline failures services_missing(const failures& steps) {
   failures lines;
-  for (step s : steps) lines = lines + service_missing(s);
+  for (const failure& step : steps) lines = lines + service_missing(step);
   return lines;
 }
 // A machine without coprocessor: every step fails.
