@@ -36,7 +36,8 @@ class record_bytes {
     return *this;
   }
 
-  std::string line() const { return format_profile_record(bytes_.data()); }
+  const std::uint8_t* data() const { return bytes_.data(); }
+  std::string line() const { return format_profile_record(data()); }
 
   // The items between "sequence_num" and the first "type-id".
   std::string payload() const {
@@ -62,17 +63,19 @@ class record_bytes {
   std::array<std::uint8_t, profile_record_size> bytes_{};
 };
 
-// A phone without timesync service, with times in UTC so calendar texts are fixed.
+// A phone without timesync service, with times in UTC so calendar texts are
+// fixed; a test ends holding nothing of the platform's.
 class profile_phone_test : public ::testing::Test {
  protected:
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    load("{}");
+    ASSERT_EQ(tmxsim::load_description("{}", "test phone"), "");
+    tmxsim::reset_state();
   }
-  void TearDown() override { tmxsim::load_default_description(); }
-
-  static void load(std::string_view json) {
-    ASSERT_EQ(tmxsim::load_description(json, "test phone"), "");
+  void TearDown() override {
+    const tmxsim::audit_counts held = tmxsim::audit();
+    EXPECT_EQ(held.io_objects + held.cf_objects + held.misuse, 0);
+    tmxsim::load_default_description();
   }
 };

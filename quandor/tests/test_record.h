@@ -8,9 +8,7 @@
 #include <vector>
 
 // A reply buffer as large as the collector offers.
-inline std::vector<std::uint8_t> reply_buffer(std::size_t size = 4096) {
-  return std::vector<std::uint8_t>(size, 0);
-}
+inline constexpr std::size_t reply_size = 4096;
 
 // Stores `value` little-endian at `offset`, however unaligned.
 template <class T>
