@@ -6,99 +6,63 @@
 // free-form service choice, a name length (u8) and the name; then the reply.
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <string>
-#include <utility>
+#include <tuple>
 #include <vector>
 
-#include "fuzz/quiet_output.h"
+#include "fuzz/fuzz_support.h"
 #include "quandor/printers.h"
 #include "quandor/startup_tables.h"
 
 namespace {
 
-constexpr std::array<const char*, 5> known_services = {"varsium", "zol-button", "lyn",
-                                                       "btmspk", "mux"};
+constexpr const char* known_services[] = {"varsium", "zol-button", "lyn", "btmspk", "mux"};
 constexpr std::uint32_t stats_command = 215;
 constexpr std::uint32_t assets_command = 216;
 constexpr std::size_t stats_buffer_size = 2000;
 constexpr std::size_t report_buffer_size = 4096;
 
-class input_reader {
- public:
-  explicit input_reader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
-
-  std::uint64_t number(std::size_t size) {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < size && !bytes_.empty(); ++i) {
-      value |= std::uint64_t{bytes_.front()} << (8 * i);
-      bytes_ = bytes_.subspan(1);
-    }
-    return value;
-  }
-
-  std::span<const std::uint8_t> take(std::size_t size) {
-    const auto taken = bytes_.first(std::min(size, bytes_.size()));
-    bytes_ = bytes_.subspan(taken.size());
-    return taken;
-  }
-
-  std::span<const std::uint8_t> rest() const { return bytes_; }
-
- private:
-  std::span<const std::uint8_t> bytes_;
-};
-
-// The printer for a command, as the collector finds it; commands without one
-// are mapped onto the registry's entries so that no input is wasted.
-struct chosen_printer {
-  std::uint32_t command;
-  dump_fn printer;
-  std::size_t buffer_size;
-};
-
-chosen_printer choose_printer(std::uint32_t command) {
+// The command, its printer as the collector finds it and its buffer size.
+// Commands without a printer are mapped onto the registry's entries so that
+// no input is wasted.
+std::tuple<std::uint32_t, dump_fn, std::size_t> choose_printer(std::uint32_t command) {
   if (command == stats_command) return {command, print_pkey_stats, stats_buffer_size};
   if (command == assets_command) return {command, print_haptic_assets, report_buffer_size};
-  static const auto filled = [] {
-    std::vector<std::pair<std::uint32_t, dump_fn>> rows;
-    for (const auto& [key, printer] : dump_registry)
-      if (printer != nullptr) rows.emplace_back(key, printer);
-    return rows;
-  }();
-  const auto found = dump_registry.find(command);
-  if (found != dump_registry.end() && found->second != nullptr)
-    return {command, found->second, report_buffer_size};
-  const auto& [key, printer] = filled[command % filled.size()];
-  return {key, printer, report_buffer_size};
+  if (!dump_registry.contains(command))
+    command = std::next(dump_registry.begin(), command % dump_registry.size())->first;
+  return {command, dump_registry.at(command), report_buffer_size};
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  silence_reports();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  input_reader input({data, size});
-  const chosen_printer chosen = choose_printer(static_cast<std::uint32_t>(input.number(4)));
-  const std::size_t service_choice = input.number(1) % (known_services.size() + 1);
-  const std::size_t length = input.number(2) % (chosen.buffer_size + 1);
-  std::string service;
-  if (service_choice < known_services.size()) {
-    service = known_services[service_choice];
-  } else {
-    const auto name = input.take(input.number(1));
-    service.assign(name.begin(), name.end());
-  }
+  std::span<const std::uint8_t> input(data, size);
+  // Little-endian; missing bytes read as zero.
+  const auto number = [&input](std::size_t bytes) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < bytes && !input.empty(); ++i, input = input.subspan(1))
+      value |= std::uint64_t{input.front()} << (8 * i);
+    return value;
+  };
+  const auto [command, printer, buffer_size] =
+      choose_printer(static_cast<std::uint32_t>(number(4)));
+  const std::size_t service_choice = number(1) % (std::size(known_services) + 1);
+  const std::size_t length = number(2) % (buffer_size + 1);
+  const auto take = [&input](std::uint64_t wanted) {
+    const auto taken = input.first(std::min<std::uint64_t>(wanted, input.size()));
+    input = input.subspan(taken.size());
+    return std::string(taken.begin(), taken.end());
+  };
+  const std::string service = service_choice < std::size(known_services)
+                                  ? std::string(known_services[service_choice])
+                                  : take(number(1));
   // Exactly the caller's size, so that one byte past it is out of bounds.
-  std::vector<std::uint8_t> buffer(chosen.buffer_size);
-  const auto reply = input.rest().first(std::min(input.rest().size(), buffer.size()));
-  std::copy(reply.begin(), reply.end(), buffer.begin());
-  chosen.printer(service, chosen.command, buffer.data(), length);
+  std::vector<std::uint8_t> buffer(buffer_size);
+  std::copy_n(input.begin(), std::min(input.size(), buffer.size()), buffer.begin());
+  printer(service, command, buffer.data(), length);
   return 0;
 }
