@@ -8,7 +8,7 @@ cmake_minimum_required(VERSION 3.25)
 
 # The C library functions the tool calls; the phone's C library has each.
 set(phone_c_library
-  exit getopt_long isxdigit localtime_r memchr memcmp memcpy memmove memset printf
+  exit getopt_long isdigit isxdigit localtime_r memchr memcmp memcpy memmove memset printf
   puts snprintf strftime strlen strtol tzset
   # Stack protection, where the compiler adds it.
   __stack_chk_fail __stack_chk_guard
