@@ -10,8 +10,9 @@ cmake_minimum_required(VERSION 3.25)
 set(phone_c_library
   exit getopt_long isdigit isxdigit localtime_r memchr memcmp memcpy memmove memset printf
   puts snprintf strftime strlen strtol tzset
-  # Stack protection, where the compiler adds it.
-  __stack_chk_fail __stack_chk_guard
+  # What compilers call of their own accord: stack protection, and bcmp for
+  # a memcmp compared with zero (clang).
+  __stack_chk_fail __stack_chk_guard bcmp
   # errno, as the C++ library's inline string-to-number conversion reaches
   # it; the phone's C++ library reaches its own.
   __errno_location)
