@@ -4,6 +4,7 @@
 #include <assert.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -12,13 +13,13 @@ extern "C" void __assert_rtn(const char* function, const char* file, int line,
   char text[1024];
   const int size =
       function != nullptr
-          ? std::snprintf(text, sizeof text, "Assertion failed: (%s), function %s, file %s, line %d.\n",
+          ? std::snprintf(text, sizeof text,
+                          "Assertion failed: (%s), function %s, file %s, line %d.\n",
                           expression, function, file, line)
           : std::snprintf(text, sizeof text, "Assertion failed: (%s), file %s, line %d.\n",
                           expression, file, line);
   if (size > 0) {
-    const auto length = static_cast<std::size_t>(size) < sizeof text ? static_cast<std::size_t>(size)
-                                                                       : sizeof text - 1;
+    const std::size_t length = std::min(static_cast<std::size_t>(size), sizeof text - 1);
     // Nothing is left to do about a failed write: the process ends next.
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, length);
   }

@@ -19,7 +19,7 @@ const char* text_of(std::int64_t value) {
 }
 
 constexpr expected_text texts[] = {
-    // Worked examples; those of iokit/common are among its texts below.
+    // Values from every kind of system; those of iokit/common are among its texts below.
     {0x00000000, "(os/kern) successful"},
     {0x00000001, "(os/kern) invalid address"},
     {0x00000003, "(os/kern) no space available"},
