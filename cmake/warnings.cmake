@@ -8,9 +8,10 @@ if(KELVRA_WERROR)
   add_compile_options(-Werror)
 endif()
 
-# The sanitizer configuration stops at the first finding instead of carrying on.
+# The sanitizer configuration stops at the first finding instead of carrying
+# on. The flags are kept for what else is built against this build.
+set(kelvra_sanitize_flags -fsanitize=address,undefined -fno-sanitize-recover=all)
 if(KELVRA_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
-                      -fno-omit-frame-pointer)
-  add_link_options(-fsanitize=address,undefined -fno-sanitize-recover=all)
+  add_compile_options(${kelvra_sanitize_flags} -fno-omit-frame-pointer)
+  add_link_options(${kelvra_sanitize_flags})
 endif()
