@@ -1,49 +1,11 @@
 #include "liblog_zol/calendar_time.h"
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <IOKit/IOKitLib.h>
-
 #include <algorithm>
 #include <cstring>
 #include <ctime>
-#include <string>
-
-#include "liblog_zol/ZOLProfile.h"
 
 namespace zol {
 namespace {
-
-// A missing or non-number entry counts as 0.
-std::int64_t dictionary_number(CFDictionaryRef dictionary, CFStringRef key) {
-  long long value = 0;
-  const void* entry = CFDictionaryGetValue(dictionary, key);
-  if (entry && CFGetTypeID(entry) == CFNumberGetTypeID())
-    CFNumberGetValue(static_cast<CFNumberRef>(entry), kCFNumberLongLongType, &value);
-  return value;
-}
-
-// The clock values of the correlation pair, in nanoseconds.
-struct timesync_pair {
-  std::int64_t tmx;
-  std::int64_t calendar;
-};
-
-bool read_timesync(timesync_pair& pair) {
-  const io_service_t service = IOServiceGetMatchingService(
-      kIOMainPortDefault, IOServiceMatching("CorvelTMXTimesync"));
-  if (!service) return false;
-  const CFTypeRef property = IORegistryEntryCreateCFProperty(
-      service, CFSTR("timesync"), kCFAllocatorDefault, 0);
-  const bool usable = property && CFGetTypeID(property) == CFDictionaryGetTypeID();
-  if (usable) {
-    const auto dictionary = static_cast<CFDictionaryRef>(property);
-    pair.tmx = dictionary_number(dictionary, CFSTR("tmx"));
-    pair.calendar = dictionary_number(dictionary, CFSTR("calendar"));
-  }
-  if (property) CFRelease(property);
-  IOObjectRelease(service);
-  return usable;
-}
 
 // localtime_r skips the time-zone file check that localtime makes on every
 // call; the zone is read once.
@@ -78,12 +40,12 @@ const clock_text* clock_text_of(std::uint64_t seconds) {
 
 }  // namespace
 
-bool make_calendar_time(std::uint64_t timestamp, calendar_text& text) {
-  timesync_pair pair{};
-  if (!read_timesync(pair)) return false;
-  const std::uint64_t microseconds =
-      (timestamp * 1000 + static_cast<std::uint64_t>(pair.calendar) -
-       static_cast<std::uint64_t>(pair.tmx)) / 1000;
+std::uint64_t calendar_microseconds(std::uint64_t timestamp, const timesync_pair& pair) noexcept {
+  return (timestamp * 1000 + static_cast<std::uint64_t>(pair.calendar) -
+          static_cast<std::uint64_t>(pair.tmx)) / 1000;
+}
+
+bool make_calendar_text(std::uint64_t microseconds, calendar_text& text) {
   const std::uint64_t seconds = microseconds / 1000000;
   const std::uint64_t fraction = microseconds - seconds * 1000000;
 
@@ -104,10 +66,3 @@ bool make_calendar_time(std::uint64_t timestamp, calendar_text& text) {
 }
 
 }  // namespace zol
-
-bool profile_calendar_time(std::uint64_t timestamp, std::string& text) {
-  zol::calendar_text calendar;
-  if (!zol::make_calendar_time(timestamp, calendar)) return false;
-  text.assign(calendar.view());
-  return true;
-}

@@ -1,13 +1,19 @@
 #pragma once
 
-// Wall-clock text of a record timestamp, through the clock-correlation pair
-// that the timesync service publishes.
+// Wall-clock time of a record timestamp through a clock-correlation pair, and
+// its calendar-time text in the device's local time zone.
 
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "liblog_zol/clock_source.h"
+
 namespace zol {
+
+// Microseconds since 1970 (UTC) of a timestamp: the timestamp scaled to the
+// pair's unit, shifted by the pair, in unsigned arithmetic as the device does.
+std::uint64_t calendar_microseconds(std::uint64_t timestamp, const timesync_pair& pair) noexcept;
 
 // "Mar 04 10:15:02.123456", kept on the stack.
 struct calendar_text {
@@ -17,7 +23,8 @@ struct calendar_text {
   std::string_view view() const noexcept { return {chars, size}; }
 };
 
-// False, and `text` untouched, when the platform publishes no correlation.
-bool make_calendar_time(std::uint64_t timestamp, calendar_text& text);
+// The local "%b %d %T.%06lld" text of an instant; false when the instant has
+// no local time.
+bool make_calendar_text(std::uint64_t microseconds, calendar_text& text);
 
 }  // namespace zol

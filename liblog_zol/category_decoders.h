@@ -35,7 +35,7 @@ class nimbrel_decoder final : public profile_decoder {
  public:
   name_text component_name(std::uint32_t component) const override;
   name_text event_name(std::uint32_t component, std::uint32_t event) const override;
-  void write_payload(line_builder& stream, const profile_record& record) const override;
+  void write_payload(record_printer& printer, const profile_record& record) const override;
 };
 
 class interrupt_decoder final : public profile_decoder {
@@ -54,7 +54,7 @@ class pkey_decoder final : public profile_decoder {
  public:
   name_text component_name(std::uint32_t component) const override;
   name_text event_name(std::uint32_t component, std::uint32_t event) const override;
-  void write_payload(line_builder& stream, const profile_record& record) const override;
+  void write_payload(record_printer& printer, const profile_record& record) const override;
 
  private:
   name_text trace_point_name(std::uint32_t component, std::uint32_t trace) const;

@@ -33,7 +33,13 @@ const profile_decoder& decoder_for_category(std::uint32_t category) noexcept {
 
 }  // namespace zol
 
-std::string format_profile_record(const std::uint8_t* record) {
+std::string format_profile_record(const std::uint8_t* record, zol::clock_source& clock) {
   const zol::profile_record view(record);
-  return zol::decoder_for_category(view.category_id()).format(view);
+  return zol::decoder_for_category(view.category_id()).format(view, clock);
+}
+
+void decode_profile_record(zol::record_printer& printer, const std::uint8_t* record,
+                           zol::clock_source& clock) {
+  const zol::profile_record view(record);
+  zol::decoder_for_category(view.category_id()).decode(printer, view, clock);
 }

@@ -107,10 +107,10 @@ constexpr std::array<std::span<const payload_field>, 13> layouts = {{
 
 }  // namespace
 
-void profile_decoder::write_payload(line_builder& stream,
+void profile_decoder::write_payload(record_printer& printer,
                                     const profile_record& record) const {
   const std::uint32_t type = record.type_id();
-  if (type < layouts.size()) write_fields(stream, record, layouts[type]);
+  if (type < layouts.size()) write_fields(printer, record, layouts[type]);
 }
 
 }  // namespace zol

@@ -1,17 +1,15 @@
 #include "liblog_zol/line_builder.h"
 
 #include <algorithm>
-#include <cstdio>
+
+#include "liblog_zol/general_notation.h"
 
 namespace zol {
 
 line_builder& line_builder::operator<<(double value) {
-  // General notation, six significant digits, as the stream writes it; the
-  // phone's C++ library has no floating-point to_chars before iOS 16.3.
+  // General notation, six significant digits, as the stream writes it.
   char digits[32];
-  const int written = std::snprintf(digits, sizeof digits, "%g", value);
-  const std::size_t size =
-      written > 0 ? std::min(static_cast<std::size_t>(written), sizeof digits - 1) : 0;
+  const std::size_t size = write_general(value, digits);
   begin_value(size);
   append(std::string_view(digits, size));
   return *this;

@@ -105,6 +105,12 @@ class line_builder {
   }
   void commit(const char* end) noexcept { size_ = static_cast<std::size_t>(end - data_); }
 
+  // One character after a value, where no width is pending.
+  void put(char c) {
+    *reserve(1) = c;
+    ++size_;
+  }
+
   void append(std::string_view text) {
     char* out = reserve(text.size());
     copy_short(out, text.data(), text.size());
@@ -112,6 +118,23 @@ class line_builder {
   }
 
   std::string take() const { return std::string(data_, size_); }
+  std::string_view view() const noexcept { return {data_, size_}; }
+  void clear() noexcept { size_ = 0; width_ = 0; base_ = 10; }
+
+  void signed_value(std::int64_t value) {
+    if (value >= 0) {
+      write_unsigned(static_cast<std::uint64_t>(value));
+      return;
+    }
+    // The sign counts in the width.
+    char digits[21];
+    char* const end = digits + sizeof digits;
+    char* const start = decimal_ending_at(end, 0 - static_cast<std::uint64_t>(value)) - 1;
+    *start = '-';
+    const std::string_view text(start, static_cast<std::size_t>(end - start));
+    begin_value(text.size());
+    append(text);
+  }
 
  private:
   void write_unsigned(std::uint64_t value) {

@@ -32,6 +32,7 @@ static_assert(std::size(pkey_components) == 5 && ascending(pkey_components));
 static_assert(std::size(pkey_latency_checkpoints) == 8 && ascending(pkey_latency_checkpoints));
 static_assert(std::size(pkey_events) == 8 && ascending(pkey_events));
 static_assert(std::size(pkey_trace_points) == 80 && ascending(pkey_trace_points));
+static_assert(ascending(payload_types) && ascending(nimbrel_types) && ascending(pkey_types));
 
 }  // namespace
 
@@ -44,6 +45,17 @@ name_text lookup_name(std::span<const id_name> table, std::uint32_t id) noexcept
   for (const id_name& row : table)
     if (row.id == id) return name_text(row.name);
   return name_text(id);
+}
+
+name_text type_name(std::uint32_t category, std::uint32_t type) noexcept {
+  constexpr std::uint32_t nimbrel = 4;
+  constexpr std::uint32_t pkey = 7;
+  std::span<const id_name> own;
+  if (category == nimbrel) own = nimbrel_types;
+  if (category == pkey) own = pkey_types;
+  for (const id_name& row : own)
+    if (row.id == type) return name_text(row.name);
+  return lookup_name(payload_types, type);
 }
 
 }  // namespace zol

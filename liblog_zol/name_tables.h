@@ -207,3 +207,21 @@ inline constexpr id_name pkey_trace_points[] = {
 };
 
 }  // namespace zol
+
+namespace zol {
+
+// Names of the record types, for the views that show them (the text line
+// shows the id alone): what the payload holds by type id, and the two
+// categories whose own writers read a type differently.
+inline constexpr id_name payload_types[] = {
+    {1, "packet-fragment"}, {2, "small-packet"},        {3, "arguments"},
+    {4, "trigger"},         {5, "function-timing"},     {8, "client-configuration"},
+    {9, "task-function"},   {11, "table-entry"},        {12, "dispatcher-configuration"},
+};
+inline constexpr id_name nimbrel_types[] = {{3, "sample"}};
+inline constexpr id_name pkey_types[] = {{2, "event"}, {3, "trace-point"}, {10, "context"}};
+
+// The type's name in its category, else the payload type's, else digits.
+name_text type_name(std::uint32_t category, std::uint32_t type) noexcept;
+
+}  // namespace zol

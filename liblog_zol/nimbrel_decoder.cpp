@@ -2,7 +2,6 @@
 
 #include "liblog_zol/category_decoders.h"
 #include "liblog_zol/payload_fields.h"
-#include "liblog_zol/text_shapes.h"
 
 namespace zol {
 namespace {
@@ -21,19 +20,20 @@ constexpr payload_field raw_words[] = {
     number_field("arg5", 32, 4, 10), number_field("arg6", 36, 4, 10),
 };
 
+// Signed fixed-point values, over the same words as arg1 to arg3.
 struct axis {
   std::string_view key;
   std::uint8_t offset;
 };
 
 constexpr axis axes[] = {{"x", 16}, {"y", 20}, {"z", 24}};
+constexpr std::uint8_t axis_width = 10;
 
-void write_sample(line_builder& stream, const profile_record& record, double scale) {
-  write_fields(stream, record, raw_words);
+void write_sample(record_printer& printer, const profile_record& record, double scale) {
+  write_fields(printer, record, raw_words);
   for (const axis& a : axes) {
-    stream << key_text{a.key};
-    stream.width(10) << static_cast<double>(record.bytes().i32(a.offset)) * scale;
-    stream << ",";
+    const double value = static_cast<double>(record.bytes().i32(a.offset)) * scale;
+    printer.field(a.key, axis_width, field_value::of_floating(value));
   }
 }
 
@@ -48,14 +48,14 @@ name_text nimbrel_decoder::event_name(std::uint32_t, std::uint32_t event) const 
 }
 
 // Data-in falls through to the generic payload as well; data-out does not.
-void nimbrel_decoder::write_payload(line_builder& stream,
+void nimbrel_decoder::write_payload(record_printer& printer,
                                     const profile_record& record) const {
   const std::uint32_t word = record.type_word();
-  if (word == data_in_word) write_sample(stream, record, data_in_scale);
+  if (word == data_in_word) write_sample(printer, record, data_in_scale);
   if (word == data_out_word)
-    write_sample(stream, record, data_out_scale);
+    write_sample(printer, record, data_out_scale);
   else
-    profile_decoder::write_payload(stream, record);
+    profile_decoder::write_payload(printer, record);
 }
 
 }  // namespace zol

@@ -1,15 +1,15 @@
 #pragma once
 
 // Payload layouts as data: each field a key, where its value lies in the
-// record, how it is written and in what width. A layout is written with one
-// loop, each field as " 'key':value,".
+// record, what it is and its width in the text line. A layout goes to the
+// printer with one loop, field by field.
 
 #include <cstdint>
 #include <span>
 #include <string_view>
 
-#include "liblog_zol/line_builder.h"
 #include "liblog_zol/profile_record.h"
+#include "liblog_zol/record_printer.h"
 
 namespace zol {
 
@@ -58,7 +58,7 @@ constexpr payload_field bytes_field(std::string_view key, std::uint8_t offset,
           .width = width, .count_at = count_at};
 }
 
-void write_fields(line_builder& stream, const profile_record& record,
+void write_fields(record_printer& printer, const profile_record& record,
                   std::span<const payload_field> fields);
 
 }  // namespace zol

@@ -2,7 +2,6 @@
 
 #include "liblog_zol/category_decoders.h"
 #include "liblog_zol/payload_fields.h"
-#include "liblog_zol/text_shapes.h"
 
 namespace zol {
 namespace {
@@ -51,7 +50,7 @@ constexpr payload_field trace_arguments[] = {
     number_field("arg4", 36, 4, 10),
 };
 constexpr std::uint8_t trace_id_offset = 16;
-constexpr std::size_t trace_name_width = 25;
+constexpr std::uint8_t trace_name_width = 25;
 
 // Context snapshots: no widths.
 
@@ -185,22 +184,22 @@ name_text pkey_decoder::trace_point_name(std::uint32_t component, std::uint32_t 
 
 // The decoder's own fields come first, the generic payload after them; an
 // event record of another event gets the generic payload twice.
-void pkey_decoder::write_payload(line_builder& stream, const profile_record& record) const {
+void pkey_decoder::write_payload(record_printer& printer, const profile_record& record) const {
   switch (record.type_id()) {
     case event_record:
       if (record.event_id() == status_event) {
-        write_fields(stream, record, status);
+        write_fields(printer, record, status);
       } else if (record.event_id() == input_packet_event) {
-        write_fields(stream, record, input_packet);
+        write_fields(printer, record, input_packet);
       } else {
-        profile_decoder::write_payload(stream, record);
+        profile_decoder::write_payload(printer, record);
       }
       break;
     case context_record: {
       const std::uint16_t version = record.bytes().u16(context_version_offset);
       for (const context_layout& layout : context_layouts) {
         if (layout.version != version) continue;
-        write_fields(stream, record, layout.fields);
+        write_fields(printer, record, layout.fields);
         if (!layout.generic_after) return;
       }
       break;
@@ -208,15 +207,14 @@ void pkey_decoder::write_payload(line_builder& stream, const profile_record& rec
     case trace_record: {
       const name_text name = trace_point_name(
           record.component_id(), record.bytes().u32(trace_id_offset));
-      stream << key_text{"trace"};
-      stream.width(trace_name_width) << quoted_text{name.view()} << ",";
-      write_fields(stream, record, trace_arguments);
+      printer.field("trace", trace_name_width, field_value::of_name(name.view()));
+      write_fields(printer, record, trace_arguments);
       break;
     }
     default:
       break;
   }
-  profile_decoder::write_payload(stream, record);
+  profile_decoder::write_payload(printer, record);
 }
 
 }  // namespace zol

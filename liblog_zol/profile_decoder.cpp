@@ -1,45 +1,38 @@
 #include "liblog_zol/profile_decoder.h"
 
 #include "liblog_zol/calendar_time.h"
-#include "liblog_zol/text_shapes.h"
+#include "liblog_zol/text_printer.h"
 
 namespace zol {
 
-std::string profile_decoder::format(const profile_record& record) const {
+std::string profile_decoder::format(const profile_record& record, clock_source& clock) const {
+  text_printer printer;
+  decode(printer, record, clock);
+  return printer.take();
+}
+
+void profile_decoder::decode(record_printer& printer, const profile_record& record,
+                             clock_source& clock) const {
   const std::uint32_t category = record.category_id();
   const std::uint32_t component = record.component_id();
   const std::uint32_t event = record.event_id();
   const name_text category_text = category_name(category);
   const name_text component_text = component_name(component);
   const name_text event_text = event_name(component, event);
-  calendar_text calendar;
-  const bool has_calendar = make_calendar_time(record.timestamp(), calendar);
+  timesync_pair pair;
+  const bool has_calendar = clock.read(pair);
+  const std::uint64_t calendar = has_calendar ? calendar_microseconds(record.timestamp(), pair) : 0;
 
-  line_builder line;
-  line << "{ ";
-  line << key_text{"category"};
-  line.width(8) << quoted_text{category_text.view()} << ",";
-  line << key_text{"component"};
-  line.width(8) << quoted_text{component_text.view()} << ",";
-  line << key_text{"event"};
-  line.width(12) << quoted_text{event_text.view()} << ",";
-  line << key_text{"timestamp"};
-  line.width(10) << record.timestamp() << ",";
-  line << key_text{"sequence_num"};
-  line.width(10) << record.sequence_number() << ",";
-  write_payload(line, record);
-  // "type-id" twice: first the whole word, last the type id alone.
-  line << key_text{"type-id"} << record.type_word() << ",";
-  line << key_text{"category-id"} << category << ",";
-  line << key_text{"component-id"} << component << ",";
-  line << key_text{"event-id"} << event << ",";
-  line << key_text{"type-id"} << record.type_id() << ",";
-  line << key_text{"binary-data"}
-       << byte_list{record.bytes().bytes(0, profile_record_size)};
-  if (has_calendar)
-    line << "," << key_text{"calendar-time"} << quoted_text{calendar.view()};
-  line << "}";
-  return line.take();
+  printer.begin({
+      .category = {category, category_text.view()},
+      .component = {component, component_text.view()},
+      .event = {event, event_text.view()},
+      .type_word = record.type_word(),
+      .timestamp = record.timestamp(),
+      .sequence_number = record.sequence_number(),
+  });
+  write_payload(printer, record);
+  printer.end(record.bytes().bytes(0, profile_record_size), has_calendar ? &calendar : nullptr);
 }
 
 name_text profile_decoder::category_name(std::uint32_t category) const {

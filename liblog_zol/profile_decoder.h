@@ -2,15 +2,17 @@
 
 // The decoder family: one stateless class per record category, each with a
 // single static instance. The base names components and events by number and
-// writes the generic payload; subclasses bring their own names and, for two
-// categories, their own payload writer.
+// hands out the generic payload; subclasses bring their own names and, for
+// two categories, their own payload writer. Every item goes to a printer; the
+// text printer makes the collector's line.
 
 #include <cstdint>
 #include <string>
 
-#include "liblog_zol/line_builder.h"
+#include "liblog_zol/clock_source.h"
 #include "liblog_zol/name_tables.h"
 #include "liblog_zol/profile_record.h"
+#include "liblog_zol/record_printer.h"
 
 namespace zol {
 
@@ -18,13 +20,16 @@ namespace zol {
 // the base.
 class profile_decoder {
  public:
-  // The whole line, without a newline.
-  virtual std::string format(const profile_record& record) const final;
+  // The whole text line, without a newline.
+  virtual std::string format(const profile_record& record, clock_source& clock) const final;
   virtual name_text category_name(std::uint32_t category) const final;
   virtual name_text component_name(std::uint32_t component) const;
   virtual name_text event_name(std::uint32_t component, std::uint32_t event) const;
-  // Appends the payload items, each " 'key':value,".
-  virtual void write_payload(line_builder& stream, const profile_record& record) const;
+  // Hands the payload items to the printer, in the line's order.
+  virtual void write_payload(record_printer& printer, const profile_record& record) const;
+
+  // The record, item by item, to any printer; the clock is read once.
+  void decode(record_printer& printer, const profile_record& record, clock_source& clock) const;
 };
 
 // The decoder of a category id; the base decoder for ids without one.

@@ -1,0 +1,59 @@
+#pragma once
+
+// One record as one JSON object (a line of JSON Lines): the header ids with
+// their names, the payload as typed values under the text line's keys in
+// snake_case, the bytes in hex and the calendar time in ISO 8601. Every
+// record has the same top-level keys, null where a value is absent; a payload
+// key that comes again gets "_2", "_3", ... so no object repeats a key.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "liblog_zol/record_printer.h"
+
+namespace zol {
+
+inline constexpr int records_schema_version = 1;
+
+// Where a record came from, as far as the input says.
+struct record_origin {
+  std::uint64_t ordinal = 0;           // position in the input, from 0
+  std::string_view source;             // "profile" or "ZOL_profile"; empty: unknown
+  std::optional<std::uint32_t> pass;   // from 1
+  std::optional<std::uint32_t> index;  // within the pass, from 0
+};
+
+class json_printer final : public record_printer {
+ public:
+  void set_origin(const record_origin& origin) noexcept { origin_ = origin; }
+
+  void begin(const record_header& header) override;
+  void field(std::string_view key, std::uint8_t width, const field_value& value) override;
+  void end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) override;
+
+  // The object, without a newline.
+  std::string_view view() const noexcept { return out_; }
+
+ private:
+  struct seen_key {
+    std::string_view key;
+    unsigned count;
+  };
+
+  void write_key(std::string_view key);
+  void write_name(std::string_view name);
+
+  std::string out_;
+  record_origin origin_;
+  bool first_field_ = true;
+  seen_key seen_[64];
+  std::size_t seen_count_ = 0;
+};
+
+// "2024-03-04T10:15:02.123456+01:00" in the local time zone; false when the
+// instant has no local time.
+bool iso_calendar_time(std::uint64_t microseconds, std::string& out);
+
+}  // namespace zol

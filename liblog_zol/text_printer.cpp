@@ -1,0 +1,84 @@
+#include "liblog_zol/text_printer.h"
+
+#include "liblog_zol/calendar_time.h"
+#include "liblog_zol/text_shapes.h"
+
+namespace zol {
+namespace {
+
+struct header_name {
+  std::string_view key;
+  std::uint8_t width;
+  named_id record_header::*item;
+};
+
+constexpr header_name header_names[] = {
+    {"category", 8, &record_header::category},
+    {"component", 8, &record_header::component},
+    {"event", 12, &record_header::event},
+};
+
+constexpr std::uint8_t number_width = 10;
+
+}  // namespace
+
+void text_printer::begin(const record_header& header) {
+  line_.clear();
+  type_word_ = header.type_word;
+  line_ << "{ ";
+  for (const header_name& name : header_names) {
+    line_ << key_text{name.key};
+    line_.width(name.width) << quoted_text{(header.*name.item).name} << ",";
+  }
+  line_ << key_text{"timestamp"};
+  line_.width(number_width) << header.timestamp << ",";
+  line_ << key_text{"sequence_num"};
+  line_.width(number_width) << header.sequence_number << ",";
+}
+
+void text_printer::field(std::string_view key, std::uint8_t width, const field_value& value) {
+  line_ << key_text{key};
+  line_.width(width);
+  switch (value.kind) {
+    case value_kind::unsigned_number:
+      line_ << value.number;
+      break;
+    case value_kind::signed_number:
+      line_.signed_value(value.signed_number());
+      break;
+    case value_kind::floating:
+      line_ << value.floating;
+      break;
+    case value_kind::name:
+    case value_kind::text:
+      line_ << quoted_text{value.text};
+      break;
+    case value_kind::hex_word:
+      // The width pads the opening apostrophe alone.
+      line_ << "'";
+      line_.hex() << value.number;
+      line_.dec() << "'";
+      break;
+    case value_kind::byte_list:
+      line_ << byte_list{value.bytes};
+      break;
+  }
+  line_.put(',');
+}
+
+void text_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {
+  // "type-id" twice: first the whole word, last the type id alone.
+  const std::uint32_t word = type_word_;
+  line_ << key_text{"type-id"} << word << ",";
+  line_ << key_text{"category-id"} << (word >> 24) << ",";
+  line_ << key_text{"component-id"} << ((word >> 16) & 0xff) << ",";
+  line_ << key_text{"event-id"} << ((word >> 8) & 0xff) << ",";
+  line_ << key_text{"type-id"} << (word & 0xff) << ",";
+  line_ << key_text{"binary-data"} << byte_list{bytes};
+  calendar_text text;
+  if (calendar && make_calendar_text(*calendar, text))
+    line_ << "," << key_text{"calendar-time"} << quoted_text{text.view()};
+  line_ << "}";
+}
+
+}  // namespace zol

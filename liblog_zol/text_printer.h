@@ -1,0 +1,26 @@
+#pragma once
+
+// The collector's line: "{ " and the items " 'key':value," with their widths,
+// the type ids, the byte list and the calendar time, then "}".
+
+#include "liblog_zol/line_builder.h"
+#include "liblog_zol/record_printer.h"
+
+namespace zol {
+
+class text_printer final : public record_printer {
+ public:
+  void begin(const record_header& header) override;
+  void field(std::string_view key, std::uint8_t width, const field_value& value) override;
+  void end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) override;
+
+  std::string take() const { return line_.take(); }
+  std::string_view view() const noexcept { return line_.view(); }
+  void clear() noexcept { line_.clear(); }
+
+ private:
+  line_builder line_;
+  std::uint32_t type_word_ = 0;
+};
+
+}  // namespace zol
