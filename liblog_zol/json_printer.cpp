@@ -1,6 +1,8 @@
 #include "liblog_zol/json_printer.h"
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <charconv>
 #include <ctime>
 
@@ -10,55 +12,113 @@
 namespace zol {
 namespace {
 
-void append_unsigned(std::string& out, std::uint64_t value) {
-  char digits[20];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  out.append(digits, end);
+// The writers below put text at a cursor inside room reserved beforehand.
+void put(char*& p, std::string_view text) {
+  std::memcpy(p, text.data(), text.size());
+  p += text.size();
 }
 
-void append_signed(std::string& out, std::int64_t value) {
-  char digits[21];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  out.append(digits, end);
+void put_unsigned(char*& p, std::uint64_t value) {
+  char digits[20];
+  char* const end = digits + sizeof digits;
+  const char* const start = decimal_ending_at(end, value);
+  put(p, {start, static_cast<std::size_t>(end - start)});
 }
+
+void put_signed(char*& p, std::int64_t value) {
+  if (value < 0) *p++ = '-';
+  put_unsigned(p, value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value));
+}
+
+// At most 6 characters per byte, and the quotes.
+constexpr std::size_t string_room(std::size_t size) { return 6 * size + 2; }
 
 // Record text is bytes, not UTF-8: a byte outside ASCII is written as the
 // code point of the same value, so the string is valid JSON and the bytes
 // can be had back.
-void append_string(std::string& out, std::string_view text) {
+void put_string(char*& p, std::string_view text) {
   static constexpr char hex[] = "0123456789abcdef";
-  out += '"';
+  *p++ = '"';
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte == '"' || byte == '\\') {
-      out += '\\';
-      out += c;
+      *p++ = '\\';
+      *p++ = c;
     } else if (byte < 0x20 || byte >= 0x7f) {
-      out += "\\u00";
-      out += hex[byte >> 4];
-      out += hex[byte & 0xf];
+      put(p, "\\u00");
+      *p++ = hex[byte >> 4];
+      *p++ = hex[byte & 0xf];
     } else {
-      out += c;
+      *p++ = c;
     }
   }
-  out += '"';
+  *p++ = '"';
 }
 
 // "packet-size" -> "packet_size", "reportID" -> "report_id",
 // "clickCountIsTerminal" -> "click_count_is_terminal".
-void append_snake_case(std::string& out, std::string_view key) {
+// Keys are short: a loop beats a library call.
+bool same_text(std::string_view a, std::string_view b) {
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (a[i] != b[i]) return false;
+  return true;
+}
+
+// At most twice the key's size.
+void put_snake_case(char*& p, std::string_view key) {
   char previous = '_';
   for (const char c : key) {
     if (c == '-') {
-      out += '_';
+      *p++ = '_';
     } else if (c >= 'A' && c <= 'Z') {
-      const bool after_word = (previous >= 'a' && previous <= 'z') || (previous >= '0' && previous <= '9');
-      if (after_word) out += '_';
-      out += static_cast<char>(c - 'A' + 'a');
+      const bool after_word =
+          (previous >= 'a' && previous <= 'z') || (previous >= '0' && previous <= '9');
+      if (after_word) *p++ = '_';
+      *p++ = static_cast<char>(c - 'A' + 'a');
     } else {
-      out += c;
+      *p++ = c;
     }
     previous = c;
+  }
+}
+
+// "[1,2,3]" from a table of each byte's digits and comma.
+struct byte_text {
+  char chars[4];
+  std::uint8_t size;
+};
+
+constexpr std::array<byte_text, 256> byte_texts = [] {
+  std::array<byte_text, 256> texts{};
+  for (unsigned value = 0; value < 256; ++value) {
+    byte_text& text = texts[value];
+    if (value >= 100) text.chars[text.size++] = static_cast<char>('0' + value / 100);
+    if (value >= 10) text.chars[text.size++] = static_cast<char>('0' + value / 10 % 10);
+    text.chars[text.size++] = static_cast<char>('0' + value % 10);
+    text.chars[text.size++] = ',';
+  }
+  return texts;
+}();
+
+constexpr std::size_t byte_list_room(std::size_t count) { return 4 * count + 2; }
+
+void put_byte_list(char*& p, std::span<const std::uint8_t> bytes) {
+  char* const start = p;
+  *p++ = '[';
+  for (const std::uint8_t byte : bytes) {
+    const byte_text& text = byte_texts[byte];
+    std::memcpy(p, text.chars, sizeof text.chars);
+    p += text.size;
+  }
+  if (p - start > 1) --p;  // the last comma
+  *p++ = ']';
+}
+
+void put_hex(char*& p, std::span<const std::uint8_t> bytes) {
+  static constexpr char digits[] = "0123456789abcdef";
+  for (const std::uint8_t byte : bytes) {
+    *p++ = digits[byte >> 4];
+    *p++ = digits[byte & 0xf];
   }
 }
 
@@ -94,76 +154,80 @@ const local_second* local_second_of(std::uint64_t seconds) {
   return &last;
 }
 
-}  // namespace
-
-bool iso_calendar_time(std::uint64_t microseconds, std::string& out) {
+// Room for 48 characters.
+bool put_iso_time(char*& p, std::uint64_t microseconds) {
   const local_second* second = local_second_of(microseconds / 1000000);
   if (second == nullptr) return false;
-  out.append(second->date_time, second->size);
-  out += '.';
-  char fraction[6];
+  put(p, {second->date_time, second->size});
+  *p++ = '.';
   std::uint64_t rest = microseconds % 1000000;
   for (int digit = 5; digit >= 0; --digit, rest /= 10)
-    fraction[digit] = static_cast<char>('0' + rest % 10);
-  out.append(fraction, sizeof fraction);
-  out.append(second->offset, 6);
+    p[digit] = static_cast<char>('0' + rest % 10);
+  p += 6;
+  put(p, {second->offset, 6});
   return true;
 }
 
-void json_printer::write_key(std::string_view key) {
-  out_ += ",\"";
-  out_ += key;
-  out_ += "\":";
-}
+}  // namespace
 
-void json_printer::write_name(std::string_view name) { append_string(out_, name); }
+bool iso_calendar_time(std::uint64_t microseconds, std::string& out) {
+  char text[48];
+  char* p = text;
+  if (!put_iso_time(p, microseconds)) return false;
+  out.append(text, p);
+  return true;
+}
 
 void json_printer::begin(const record_header& header) {
   out_.clear();
-  out_ += "{\"schema_version\":";
-  append_unsigned(out_, records_schema_version);
-  write_key("ordinal");
-  append_unsigned(out_, origin_.ordinal);
-  write_key("source");
-  if (origin_.source.empty())
-    out_ += "null";
-  else
-    append_string(out_, origin_.source);
-  write_key("pass");
-  if (origin_.pass)
-    append_unsigned(out_, *origin_.pass);
-  else
-    out_ += "null";
-  write_key("index");
-  if (origin_.index)
-    append_unsigned(out_, *origin_.index);
-  else
-    out_ += "null";
-
   const std::uint32_t type = header.type_word & 0xff;
+  const name_text type_text = type_name(header.category.id, type);
   const struct {
     std::string_view id_key;
     std::string_view name_key;
     named_id item;
   } names[] = {
-      {"category_id", "category", header.category},
-      {"component_id", "component", header.component},
-      {"event_id", "event", header.event},
-      {"type_id", "type", {type, type_name(header.category.id, type).view()}},
+      {",\"category_id\":", ",\"category\":", header.category},
+      {",\"component_id\":", ",\"component\":", header.component},
+      {",\"event_id\":", ",\"event\":", header.event},
+      {",\"type_id\":", ",\"type\":", {type, type_text.view()}},
   };
+  std::size_t room = 512;
+  for (const auto& name : names) room += string_room(name.item.name.size());
+  char* p = out_.reserve(room + string_room(origin_.source.size()));
+  put(p, "{\"schema_version\":");
+  put_unsigned(p, records_schema_version);
+  put(p, ",\"ordinal\":");
+  put_unsigned(p, origin_.ordinal);
+  put(p, ",\"source\":");
+  if (origin_.source.empty())
+    put(p, "null");
+  else
+    put_string(p, origin_.source);
+  put(p, ",\"pass\":");
+  if (origin_.pass)
+    put_unsigned(p, *origin_.pass);
+  else
+    put(p, "null");
+  put(p, ",\"index\":");
+  if (origin_.index)
+    put_unsigned(p, *origin_.index);
+  else
+    put(p, "null");
   for (const auto& name : names) {
-    write_key(name.id_key);
-    append_unsigned(out_, name.item.id);
-    write_key(name.name_key);
-    write_name(name.item.name);
+    put(p, name.id_key);
+    put_unsigned(p, name.item.id);
+    put(p, name.name_key);
+    put_string(p, name.item.name);
   }
-  write_key("type_word");
-  append_unsigned(out_, header.type_word);
-  write_key("sequence_num");
-  append_unsigned(out_, header.sequence_number);
-  write_key("timestamp");
-  append_unsigned(out_, header.timestamp);
-  out_ += ",\"payload\":{";
+  put(p, ",\"type_word\":");
+  put_unsigned(p, header.type_word);
+  put(p, ",\"sequence_num\":");
+  put_unsigned(p, header.sequence_number);
+  put(p, ",\"timestamp\":");
+  put_unsigned(p, header.timestamp);
+  put(p, ",\"payload\":{");
+  out_.commit(p);
   first_field_ = true;
   seen_count_ = 0;
 }
@@ -171,72 +235,69 @@ void json_printer::begin(const record_header& header) {
 void json_printer::field(std::string_view key, std::uint8_t, const field_value& value) {
   unsigned repeat = 1;
   for (std::size_t i = 0; i < seen_count_; ++i) {
-    if (seen_[i].key == key) {
+    const std::string_view seen = seen_[i].key;
+    // Most keys differ in size or first letter; a repeat is often the same row.
+    if (seen.size() == key.size() && (seen.data() == key.data() || same_text(seen, key))) {
       repeat = ++seen_[i].count;
       break;
     }
   }
   if (repeat == 1 && seen_count_ < std::size(seen_)) seen_[seen_count_++] = {key, 1};
 
-  if (!first_field_) out_ += ',';
-  first_field_ = false;
-  out_ += '"';
-  append_snake_case(out_, key);
-  if (repeat > 1) {
-    out_ += '_';
-    append_unsigned(out_, repeat);
+  std::size_t room = 2 * key.size() + 32;
+  switch (value.kind) {
+    case value_kind::name:
+    case value_kind::text: room += string_room(value.text.size()); break;
+    case value_kind::byte_list: room += byte_list_room(value.bytes.size()); break;
+    default: room += 48; break;
   }
-  out_ += "\":";
+  char* p = out_.reserve(room);
+  if (!first_field_) *p++ = ',';
+  first_field_ = false;
+  *p++ = '"';
+  put_snake_case(p, key);
+  if (repeat > 1) {
+    *p++ = '_';
+    put_unsigned(p, repeat);
+  }
+  put(p, "\":");
   switch (value.kind) {
     case value_kind::unsigned_number:
     case value_kind::hex_word:
-      append_unsigned(out_, value.number);
-      return;
+      put_unsigned(p, value.number);
+      break;
     case value_kind::signed_number:
-      append_signed(out_, value.signed_number());
-      return;
-    case value_kind::floating: {
-      char digits[48];
-      out_.append(digits, write_round_trip(value.floating, digits));
-      return;
-    }
+      put_signed(p, value.signed_number());
+      break;
+    case value_kind::floating:
+      p += write_round_trip(value.floating, p);
+      break;
     case value_kind::name:
     case value_kind::text:
-      append_string(out_, value.text);
-      return;
-    case value_kind::byte_list: {
-      out_ += '[';
-      bool first = true;
-      for (const std::uint8_t byte : value.bytes) {
-        if (!first) out_ += ',';
-        first = false;
-        append_unsigned(out_, byte);
-      }
-      out_ += ']';
-      return;
-    }
+      put_string(p, value.text);
+      break;
+    case value_kind::byte_list:
+      put_byte_list(p, value.bytes);
+      break;
   }
+  out_.commit(p);
 }
 
 void json_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {
-  static constexpr char hex[] = "0123456789abcdef";
-  out_ += '}';
-  write_key("calendar_time");
-  const std::size_t before = out_.size();
-  out_ += '"';
-  if (calendar && iso_calendar_time(*calendar, out_)) {
-    out_ += '"';
+  char* p = out_.reserve(128 + 2 * bytes.size());
+  put(p, "},\"calendar_time\":");
+  char* const time_start = p;
+  *p++ = '"';
+  if (calendar && put_iso_time(p, *calendar)) {
+    *p++ = '"';
   } else {
-    out_.resize(before);
-    out_ += "null";
+    p = time_start;
+    put(p, "null");
   }
-  write_key("bytes");
-  out_ += '"';
-  for (const std::uint8_t byte : bytes) {
-    out_ += hex[byte >> 4];
-    out_ += hex[byte & 0xf];
-  }
-  out_ += "\"}";
+  put(p, ",\"bytes\":\"");
+  put_hex(p, bytes);
+  put(p, "\"}");
+  out_.commit(p);
 }
 
 }  // namespace zol

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "liblog_zol/line_builder.h"
 #include "liblog_zol/record_printer.h"
 
 namespace zol {
@@ -34,7 +35,7 @@ class json_printer final : public record_printer {
   void end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) override;
 
   // The object, without a newline.
-  std::string_view view() const noexcept { return out_; }
+  std::string_view view() const noexcept { return out_.view(); }
 
  private:
   struct seen_key {
@@ -42,10 +43,7 @@ class json_printer final : public record_printer {
     unsigned count;
   };
 
-  void write_key(std::string_view key);
-  void write_name(std::string_view name);
-
-  std::string out_;
+  line_builder out_;
   record_origin origin_;
   bool first_field_ = true;
   seen_key seen_[64];

@@ -26,7 +26,7 @@ endfunction()
 
 file(REMOVE_RECURSE ${WORK})
 set(install ${CMAKE_COMMAND} --install ${BUILD_DIR} --config ${CONFIG})
-set(tool_files bin/kelvra share/tmxsim/devices/default.json
+set(tool_files bin/kelvra bin/kelvra-inspect share/tmxsim/devices/default.json
     share/tmxsim/devices/faulty.json share/tmxsim/devices/no-coprocessor.json)
 set(development_files ${LIBDIR}/libtmxsim.a include/tmxsim/IOKit/IOKitLib.h
     include/tmxsim/tmxsim/control.h ${LIBDIR}/cmake/tmxsim/tmxsim-config.cmake)
@@ -66,5 +66,14 @@ run(${CMAKE_COMMAND} -E env --unset=TMXSIM_LOG
     TMXSIM_DEVICE=${prefix}/share/tmxsim/devices/default.json ${prefix}/bin/kelvra --harvest)
 if(NOT out STREQUAL built_in OR out STREQUAL "")
   message(FATAL_ERROR "the installed kelvra on the installed default phone differs")
+endif()
+
+# The installed kelvra-inspect gives back the capture's profile lines.
+file(WRITE ${WORK}/capture.txt "${built_in}")
+run(${prefix}/bin/kelvra-inspect decode ${WORK}/capture.txt)
+string(REGEX MATCHALL "{  'category':[^\n]*\n" profile_lines "${built_in}")
+string(JOIN "" profile_text ${profile_lines})
+if(NOT out STREQUAL profile_text OR out STREQUAL "")
+  message(FATAL_ERROR "the installed kelvra-inspect does not decode the capture back")
 endif()
 file(REMOVE_RECURSE ${WORK})

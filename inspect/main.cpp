@@ -1,0 +1,85 @@
+// kelvra-inspect: a capture (what kelvra --harvest printed), "prof-event "
+// lines or raw records, turned into the collector's lines or JSON Lines.
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <string>
+
+#include "inspect/commands.h"
+
+namespace {
+
+struct common_settings {
+  inspect::stream_options stream;
+  std::string from;
+  std::string timesync;
+  bool no_progress = false;
+};
+
+void add_common(CLI::App& command, common_settings& settings) {
+  command.add_option("input", settings.stream.input,
+                     "A capture, prof-event lines or raw records; - for standard input; .gz too")
+      ->capture_default_str();
+  command.add_option("--from", settings.from, "The input's form, instead of detecting it")
+      ->check(CLI::IsMember({"harvest", "hex", "raw"}));
+  command.add_option("--timesync", settings.timesync,
+                     "The clock pair TMX,CALENDAR (the timesync property's numbers, in ns); "
+                     "a capture's own calendar times give it otherwise");
+  command.add_option("--year", settings.stream.year,
+                     "The year of a capture's calendar times (default: the latest that fits, "
+                     "back from this one)")
+      ->check(CLI::Range(1971, 9999));
+  command.add_flag("--no-progress", settings.no_progress,
+                   "No progress line on standard error for large inputs");
+}
+
+// False, after saying why, when the settings do not hold together.
+bool finish_settings(common_settings& settings) {
+  if (!settings.from.empty()) settings.stream.form = inspect::form_of_name(settings.from);
+  if (!settings.timesync.empty()) {
+    settings.stream.timesync = inspect::parse_timesync(settings.timesync);
+    if (!settings.stream.timesync) {
+      std::fprintf(stderr,
+                   "kelvra-inspect: --timesync wants two integers TMX,CALENDAR, not '%s'\n",
+                   settings.timesync.c_str());
+      return false;
+    }
+  }
+  settings.stream.progress = !settings.no_progress;
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"Turns what kelvra --harvest printed into data.", "kelvra-inspect"};
+  app.set_version_flag("--version", std::string(KELVRA_VERSION));
+  app.require_subcommand(1);
+
+  common_settings decode_settings;
+  bool hex = false;
+  CLI::App* decode = app.add_subcommand(
+      "decode", "The lines the collector prints for the records, byte for byte");
+  add_common(*decode, decode_settings);
+  decode->add_flag("--hex", hex, "The raw form instead: \"prof-event \" and 96 hex digits");
+
+  common_settings records_settings;
+  CLI::App* records = app.add_subcommand(
+      "records", "One JSON object per record (JSON Lines), for DuckDB, Spark, jq");
+  add_common(*records, records_settings);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const int status = app.exit(error);
+    return status == 0 ? 0 : 2;
+  }
+
+  if (decode->parsed()) {
+    if (!finish_settings(decode_settings)) return 2;
+    return inspect::run_decode(decode_settings.stream, hex);
+  }
+  if (!finish_settings(records_settings)) return 2;
+  return inspect::run_records(records_settings.stream);
+}

@@ -1,0 +1,14 @@
+#include "inspect/output_buffer.h"
+
+namespace inspect {
+
+bool output_buffer::flush() {
+  if (!buffer_.empty() && !failed_) {
+    failed_ = std::fwrite(buffer_.data(), 1, buffer_.size(), file_) != buffer_.size();
+    buffer_.clear();
+  }
+  if (!failed_) failed_ = std::fflush(file_) != 0;
+  return !failed_;
+}
+
+}  // namespace inspect
