@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include "inspect/commands.h"
 #include "inspect/output_buffer.h"
 #include "inspect/utf8.h"
@@ -23,11 +21,7 @@ int run_decode(const stream_options& options, bool hex) {
     if (valid_utf8(printer.view())) out.line(printer.view());
     return true;
   });
-  if (!out.flush()) {
-    std::fprintf(stderr, "kelvra-inspect: standard output: write error\n");
-    return 2;
-  }
-  return status;
+  return out.finish(status);
 }
 
 }  // namespace inspect

@@ -11,4 +11,10 @@ bool output_buffer::flush() {
   return !failed_;
 }
 
+int output_buffer::finish(int status) {
+  if (flush()) return status;
+  std::fprintf(stderr, "kelvra-inspect: standard output: write error\n");
+  return 2;
+}
+
 }  // namespace inspect

@@ -23,6 +23,9 @@ class output_buffer {
   }
   // False when the output could not be written (a full disk, a closed pipe).
   bool flush();
+  // The exit status: `status`, or 2 after a line on standard error when the
+  // output could not be written.
+  int finish(int status);
 
  private:
   static constexpr std::size_t capacity = 1 << 20;

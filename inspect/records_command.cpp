@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include "inspect/commands.h"
 #include "inspect/output_buffer.h"
 #include "liblog_zol/ZOLProfile.h"
@@ -18,11 +16,7 @@ int run_records(const stream_options& options) {
     out.line(printer.view());
     return true;
   });
-  if (!out.flush()) {
-    std::fprintf(stderr, "kelvra-inspect: standard output: write error\n");
-    return 2;
-  }
-  return status;
+  return out.finish(status);
 }
 
 }  // namespace inspect

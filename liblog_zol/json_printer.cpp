@@ -7,7 +7,9 @@
 #include <ctime>
 
 #include "liblog_zol/general_notation.h"
+#include "liblog_zol/ZOLProfile.h"
 #include "liblog_zol/name_tables.h"
+#include "liblog_zol/text_shapes.h"
 
 namespace zol {
 namespace {
@@ -79,46 +81,6 @@ void put_snake_case(char*& p, std::string_view key) {
       *p++ = c;
     }
     previous = c;
-  }
-}
-
-// "[1,2,3]" from a table of each byte's digits and comma.
-struct byte_text {
-  char chars[4];
-  std::uint8_t size;
-};
-
-constexpr std::array<byte_text, 256> byte_texts = [] {
-  std::array<byte_text, 256> texts{};
-  for (unsigned value = 0; value < 256; ++value) {
-    byte_text& text = texts[value];
-    if (value >= 100) text.chars[text.size++] = static_cast<char>('0' + value / 100);
-    if (value >= 10) text.chars[text.size++] = static_cast<char>('0' + value / 10 % 10);
-    text.chars[text.size++] = static_cast<char>('0' + value % 10);
-    text.chars[text.size++] = ',';
-  }
-  return texts;
-}();
-
-constexpr std::size_t byte_list_room(std::size_t count) { return 4 * count + 2; }
-
-void put_byte_list(char*& p, std::span<const std::uint8_t> bytes) {
-  char* const start = p;
-  *p++ = '[';
-  for (const std::uint8_t byte : bytes) {
-    const byte_text& text = byte_texts[byte];
-    std::memcpy(p, text.chars, sizeof text.chars);
-    p += text.size;
-  }
-  if (p - start > 1) --p;  // the last comma
-  *p++ = ']';
-}
-
-void put_hex(char*& p, std::span<const std::uint8_t> bytes) {
-  static constexpr char digits[] = "0123456789abcdef";
-  for (const std::uint8_t byte : bytes) {
-    *p++ = digits[byte >> 4];
-    *p++ = digits[byte & 0xf];
   }
 }
 
@@ -248,7 +210,6 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
   switch (value.kind) {
     case value_kind::name:
     case value_kind::text: room += string_room(value.text.size()); break;
-    case value_kind::byte_list: room += byte_list_room(value.bytes.size()); break;
     default: room += 48; break;
   }
   char* p = out_.reserve(room);
@@ -277,8 +238,10 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
       put_string(p, value.text);
       break;
     case value_kind::byte_list:
-      put_byte_list(p, value.bytes);
-      break;
+      // A JSON array has the text line's shape.
+      out_.commit(p);
+      out_ << byte_list{value.bytes};
+      return;
   }
   out_.commit(p);
 }
@@ -295,7 +258,10 @@ void json_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t*
     put(p, "null");
   }
   put(p, ",\"bytes\":\"");
-  put_hex(p, bytes);
+  if (bytes.size() == profile_record_size) {
+    write_profile_hex(p, bytes.data());
+    p += 2 * profile_record_size;
+  }
   put(p, "\"}");
   out_.commit(p);
 }
