@@ -10,9 +10,10 @@ cmake_minimum_required(VERSION 3.25)
 set(phone_c_library
   exit getopt_long isdigit isxdigit localtime_r memchr memcmp memcpy memmove memset printf
   puts snprintf strftime strlen strtol tzset
-  # What compilers call of their own accord: stack protection, and bcmp for
-  # a memcmp compared with zero (clang).
-  __stack_chk_fail __stack_chk_guard bcmp
+  # What compilers call of their own accord: stack protection, bcmp for a
+  # memcmp compared with zero (clang), and 128-bit division, from the
+  # compiler's own runtime on every target.
+  __stack_chk_fail __stack_chk_guard bcmp __udivti3 __umodti3
   # errno, as the C++ library's inline string-to-number conversion reaches
   # it; the phone's C++ library reaches its own.
   __errno_location)

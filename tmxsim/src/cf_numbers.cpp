@@ -168,7 +168,7 @@ bool store_number(cf_value& number, CFNumberType type, const void* source) {
   return true;
 }
 
-bool load_number(const cf_value& number, CFNumberType type, void* target) {
+bool load_converted(const cf_value& number, CFNumberType type, void* target) {
   const number_layout* layout = layout_of(type);
   if (layout == nullptr) return false;
   return layout->is_float ? load_float(number, layout->size, target)

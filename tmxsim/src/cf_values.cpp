@@ -52,11 +52,8 @@ bool cf_equal(cf_store& store, const void* a, const void* b) {
   return equal_at_depth(store, a, b, 0);
 }
 
-cf_entry* dictionary_entry(cf_store& store, cf_value& dictionary, const void* key) {
-  // The same key object is the common case: look for it before comparing.
-  for (cf_entry& entry : dictionary.entries)
-    if (entry.first == key) return &entry;
-  if (!dictionary.keys_by_value) return nullptr;
+// For dictionaries whose keys compare with CFEqual, once no key is `key` itself.
+cf_entry* entry_by_value(cf_store& store, cf_value& dictionary, const void* key) {
   cf_value* wanted = store.find(key);
   if (wanted == nullptr) return nullptr;
   for (cf_entry& entry : dictionary.entries) {

@@ -14,8 +14,15 @@ bool cf_equal(cf_store& store, const void* a, const void* b);
 
 using cf_entry = std::pair<const void*, const void*>;
 
-// The entry stored under `key`, or nullptr.
-cf_entry* dictionary_entry(cf_store& store, cf_value& dictionary, const void* key);
+cf_entry* entry_by_value(cf_store& store, cf_value& dictionary, const void* key);
+
+// The entry stored under `key`, or nullptr. The same key object is the
+// common case: it is looked for before anything is compared.
+inline cf_entry* dictionary_entry(cf_store& store, cf_value& dictionary, const void* key) {
+  for (cf_entry& entry : dictionary.entries)
+    if (entry.first == key) return &entry;
+  return dictionary.keys_by_value ? entry_by_value(store, dictionary, key) : nullptr;
+}
 
 enum class put_mode { set, add_if_absent };
 

@@ -27,6 +27,41 @@ namespace {
 constexpr __CFBoolean true_tag{true};
 constexpr __CFBoolean false_tag{false};
 
+// The calls the tool makes for every record: see quiet_platform().
+
+[[gnu::always_inline]] inline void release(platform& state, CFTypeRef cf) {
+  if (cf == nullptr) {
+    tmxsim::count_misuse(state, "NULL released");
+  } else if (cf_value* value = tmxsim::find_live(state, cf)) {
+    if (!state.cf.release_owned(*value))
+      tmxsim::count_misuse(state, "released more often than owned");
+  }
+}
+
+[[gnu::noinline]] void release_and_log(CFTypeRef cf) {
+  platform& state = tmxsim::the_platform();
+  if (!state.log.on()) return release(state, cf);
+  const std::string name = tmxsim::cf_name(state.cf, cf);
+  release(state, cf);
+  log_line(state.log, "CFRelease").word(name);
+}
+
+[[gnu::always_inline]] inline CFTypeID type_id_of(platform& state, CFTypeRef cf) {
+  const cf_value* value = tmxsim::find_live(state, cf);
+  return value != nullptr ? tmxsim::type_id(value->kind) : 0;
+}
+
+[[gnu::noinline]] CFTypeID type_id_and_log(CFTypeRef cf) {
+  platform& state = tmxsim::the_platform();
+  const CFTypeID id = type_id_of(state, cf);
+  if (state.log.on())
+    log_line(state.log, "CFGetTypeID")
+        .word(tmxsim::cf_name(state.cf, cf))
+        .returns()
+        .number(static_cast<std::int64_t>(id));
+  return id;
+}
+
 }  // namespace
 
 extern "C" {
@@ -67,15 +102,8 @@ CFTypeRef CFRetain(CFTypeRef cf) {
 }
 
 void CFRelease(CFTypeRef cf) {
-  platform& state = tmxsim::the_platform();
-  const std::string name = state.log.on() ? tmxsim::cf_name(state.cf, cf) : std::string();
-  if (cf == nullptr) {
-    tmxsim::count_misuse(state, "NULL released");
-  } else if (cf_value* value = tmxsim::find_live(state, cf)) {
-    if (!state.cf.release_owned(*value))
-      tmxsim::count_misuse(state, "released more often than owned");
-  }
-  if (state.log.on()) log_line(state.log, "CFRelease").word(name);
+  if (platform* state = tmxsim::quiet_platform()) return release(*state, cf);
+  release_and_log(cf);
 }
 
 CFIndex CFGetRetainCount(CFTypeRef cf) {
@@ -90,13 +118,8 @@ CFIndex CFGetRetainCount(CFTypeRef cf) {
 }
 
 CFTypeID CFGetTypeID(CFTypeRef cf) {
-  platform& state = tmxsim::the_platform();
-  const cf_value* value = tmxsim::find_live(state, cf);
-  const CFTypeID id = value != nullptr ? tmxsim::type_id(value->kind) : 0;
-  if (state.log.on())
-    log_line(state.log, "CFGetTypeID").word(tmxsim::cf_name(state.cf, cf)).returns().number(
-        static_cast<std::int64_t>(id));
-  return id;
+  if (platform* state = tmxsim::quiet_platform()) return type_id_of(*state, cf);
+  return type_id_and_log(cf);
 }
 
 Boolean CFEqual(CFTypeRef cf1, CFTypeRef cf2) {

@@ -55,6 +55,27 @@ void put(platform& state, cf_value& dictionary, const void* key, const void* val
     tmxsim::dictionary_put(state.cf, dictionary, key, value, mode);
 }
 
+[[gnu::always_inline]] inline const void* value_of(platform& state, CFDictionaryRef theDict,
+                                                   const void* key) {
+  cf_value* dictionary = tmxsim::find_live(state, theDict, cf_kind::dictionary);
+  const tmxsim::cf_entry* entry =
+      dictionary != nullptr ? tmxsim::dictionary_entry(state.cf, *dictionary, key) : nullptr;
+  return entry != nullptr ? entry->second : nullptr;
+}
+
+// CFDictionaryGetValue is called for every record: see quiet_platform().
+[[gnu::noinline]] const void* value_and_log(CFDictionaryRef theDict, const void* key) {
+  platform& state = tmxsim::the_platform();
+  const void* value = value_of(state, theDict, key);
+  if (!state.log.on()) return value;
+  log_line(state.log, "CFDictionaryGetValue")
+      .word(tmxsim::cf_name(state.cf, theDict))
+      .word(tmxsim::cf_contents(state.cf, key))
+      .returns()
+      .word(tmxsim::cf_name(state.cf, value));
+  return value;
+}
+
 void log_made(platform& state, const char* call, const void* made) {
   log_line(state.log, call)
       .word(made != nullptr ? tmxsim::cf_contents(state.cf, made) : "")
@@ -195,18 +216,8 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef theDict) {
 }
 
 const void* CFDictionaryGetValue(CFDictionaryRef theDict, const void* key) {
-  platform& state = tmxsim::the_platform();
-  cf_value* dictionary = tmxsim::find_live(state, theDict, cf_kind::dictionary);
-  const tmxsim::cf_entry* entry =
-      dictionary != nullptr ? tmxsim::dictionary_entry(state.cf, *dictionary, key) : nullptr;
-  const void* value = entry != nullptr ? entry->second : nullptr;
-  if (state.log.on())
-    log_line(state.log, "CFDictionaryGetValue")
-        .word(tmxsim::cf_name(state.cf, theDict))
-        .word(tmxsim::cf_contents(state.cf, key))
-        .returns()
-        .word(tmxsim::cf_name(state.cf, value));
-  return value;
+  if (platform* state = tmxsim::quiet_platform()) return value_of(*state, theDict, key);
+  return value_and_log(theDict, key);
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key,

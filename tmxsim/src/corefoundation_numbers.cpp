@@ -12,6 +12,33 @@ using tmxsim::cf_value;
 using tmxsim::log_line;
 using tmxsim::platform;
 
+namespace {
+
+[[gnu::always_inline]] inline bool value_of(platform& state, CFNumberRef number,
+                                            CFNumberType theType, void* valuePtr) {
+  const cf_value* value = tmxsim::find_live(state, number, cf_kind::number);
+  return value != nullptr && valuePtr != nullptr &&
+         tmxsim::load_number(*value, theType, valuePtr);
+}
+
+// CFNumberGetValue is called for every record: see quiet_platform().
+[[gnu::noinline]] bool value_and_log(CFNumberRef number, CFNumberType theType, void* valuePtr) {
+  platform& state = tmxsim::the_platform();
+  if (!state.log.on()) return value_of(state, number, theType, valuePtr);
+  const cf_value* value = tmxsim::find_live(state, number, cf_kind::number);
+  const bool exact = value != nullptr && valuePtr != nullptr &&
+                     tmxsim::load_number(*value, theType, valuePtr);
+  log_line(state.log, "CFNumberGetValue")
+      .word(tmxsim::cf_name(state.cf, number))
+      .word(tmxsim::number_type_name(theType))
+      .returns()
+      .word(exact ? "true" : "false")
+      .word(value != nullptr ? tmxsim::cf_contents(state.cf, number) : "");
+  return exact;
+}
+
+}  // namespace
+
 extern "C" {
 
 CFTypeID CFNumberGetTypeID(void) {
@@ -49,18 +76,9 @@ CFNumberType CFNumberGetType(CFNumberRef number) {
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void* valuePtr) {
-  platform& state = tmxsim::the_platform();
-  const cf_value* value = tmxsim::find_live(state, number, cf_kind::number);
-  const bool exact = value != nullptr && valuePtr != nullptr &&
-                     tmxsim::load_number(*value, theType, valuePtr);
-  if (state.log.on())
-    log_line(state.log, "CFNumberGetValue")
-        .word(tmxsim::cf_name(state.cf, number))
-        .word(tmxsim::number_type_name(theType))
-        .returns()
-        .word(exact ? "true" : "false")
-        .word(value != nullptr ? tmxsim::cf_contents(state.cf, number) : "");
-  return exact;
+  if (platform* state = tmxsim::quiet_platform())
+    return value_of(*state, number, theType, valuePtr);
+  return value_and_log(number, theType, valuePtr);
 }
 
 }  // extern "C"

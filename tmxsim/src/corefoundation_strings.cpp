@@ -49,6 +49,52 @@ bool encodable(std::string_view text, bool ascii, CFStringEncoding encoding) {
   return known_encoding(encoding) && ascii;
 }
 
+// Every line the tool prints is made into a string and read back: see
+// quiet_platform().
+
+[[gnu::always_inline]] inline CFStringRef create_string(platform& state, const char* cStr,
+                                                  CFStringEncoding encoding) {
+  if (cStr == nullptr) return nullptr;
+  const std::string_view text(cStr);
+  const bool ascii = tmxsim::is_ascii(text);
+  if (!encodable(text, ascii, encoding)) return nullptr;
+  cf_value& string = state.cf.create(cf_kind::string, true);
+  string.text = text;
+  string.ascii = ascii;
+  return static_cast<CFStringRef>(state.cf.ref(string));
+}
+
+[[gnu::noinline]] CFStringRef create_string_and_log(const char* cStr, CFStringEncoding encoding) {
+  platform& state = tmxsim::the_platform();
+  const CFStringRef result = create_string(state, cStr, encoding);
+  if (!state.log.on()) return result;
+  log_line(state.log, "CFStringCreateWithCString")
+      .quoted(cStr)
+      .word(encoding_text(encoding))
+      .returns()
+      .word(tmxsim::cf_name(state.cf, result));
+  return result;
+}
+
+[[gnu::always_inline]] inline const char* text_of(platform& state, CFStringRef theString,
+                                                  CFStringEncoding encoding) {
+  const cf_value* value = tmxsim::find_live(state, theString, cf_kind::string);
+  if (value != nullptr && value->ascii && known_encoding(encoding)) return value->text.c_str();
+  return nullptr;
+}
+
+[[gnu::noinline]] const char* text_and_log(CFStringRef theString, CFStringEncoding encoding) {
+  platform& state = tmxsim::the_platform();
+  const char* result = text_of(state, theString, encoding);
+  if (!state.log.on()) return result;
+  log_line(state.log, "CFStringGetCStringPtr")
+      .word(tmxsim::cf_name(state.cf, theString))
+      .word(encoding_text(encoding))
+      .returns()
+      .word(result != nullptr ? "text" : "NULL");
+  return result;
+}
+
 }  // namespace
 
 extern "C" {
@@ -59,40 +105,13 @@ CFTypeID CFStringGetTypeID(void) {
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* cStr,
                                       CFStringEncoding encoding) {
-  platform& state = tmxsim::the_platform();
-  const void* result = nullptr;
-  if (cStr != nullptr) {
-    const std::string_view text(cStr);
-    const bool ascii = tmxsim::is_ascii(text);
-    if (encodable(text, ascii, encoding)) {
-      cf_value& string = state.cf.create(cf_kind::string, true);
-      string.text = text;
-      string.ascii = ascii;
-      result = state.cf.ref(string);
-    }
-  }
-  if (state.log.on())
-    log_line(state.log, "CFStringCreateWithCString")
-        .quoted(cStr)
-        .word(encoding_text(encoding))
-        .returns()
-        .word(tmxsim::cf_name(state.cf, result));
-  return static_cast<CFStringRef>(result);
+  if (platform* state = tmxsim::quiet_platform()) return create_string(*state, cStr, encoding);
+  return create_string_and_log(cStr, encoding);
 }
 
 const char* CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encoding) {
-  platform& state = tmxsim::the_platform();
-  const cf_value* value = tmxsim::find_live(state, theString, cf_kind::string);
-  const char* result = nullptr;
-  if (value != nullptr && value->ascii && known_encoding(encoding))
-    result = value->text.c_str();
-  if (state.log.on())
-    log_line(state.log, "CFStringGetCStringPtr")
-        .word(tmxsim::cf_name(state.cf, theString))
-        .word(encoding_text(encoding))
-        .returns()
-        .word(result != nullptr ? "text" : "NULL");
-  return result;
+  if (platform* state = tmxsim::quiet_platform()) return text_of(*state, theString, encoding);
+  return text_and_log(theString, encoding);
 }
 
 Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize,
@@ -147,10 +166,11 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encod
 }
 
 // CFSTR: a compile-time constant on the real platform, so not a logged call.
+// A constant string is never a boolean: it is its own reference.
 CFStringRef __CFStringMakeConstantString(const char* cStr) {
   if (cStr == nullptr) return nullptr;
   platform& state = tmxsim::the_platform();
-  return static_cast<CFStringRef>(state.cf.ref(state.cf.constant_string(cStr)));
+  return reinterpret_cast<CFStringRef>(&state.cf.constant_string(cStr));
 }
 
 }  // extern "C"

@@ -99,8 +99,11 @@ __attribute__((constructor(101))) void start_before_main() { the_platform(); }
 
 }  // namespace
 
-platform& the_platform() {
+platform* started_platform = nullptr;
+
+platform& start_the_platform() {
   static platform* const state = start_platform();
+  started_platform = state;
   return *state;
 }
 
@@ -109,29 +112,14 @@ void count_misuse(platform& state, const char* rule) {
   state.log.note_misuse(rule);
 }
 
-cf_value* find_live(platform& state, const void* ref) {
+cf_value* find_live_elsewhere(platform& state, const void* ref) {
   cf_value* value = state.cf.find(ref);
   if (value == nullptr && ref != nullptr) count_misuse(state, "not a live object");
   return value;
 }
 
-cf_value* find_live(platform& state, const void* ref, cf_kind kind) {
-  cf_value* value = find_live(state, ref);
-  return value != nullptr && value->kind == kind ? value : nullptr;
-}
-
-const handle_slot* find_entry(platform& state, std::uint32_t handle) {
-  const handle_slot* slot = state.handles.find(handle);
-  if (slot != nullptr && slot->kind == handle_kind::entry) return slot;
-  if (handle != 0) count_misuse(state, "not a live registry entry");
-  return nullptr;
-}
-
-CFTypeID answer_type_id(const char* call, cf_kind kind) {
-  platform& state = the_platform();
-  const CFTypeID id = type_id(kind);
-  if (state.log.on()) log_line(state.log, call).returns().number(static_cast<std::int64_t>(id));
-  return id;
+void log_type_id(platform& state, const char* call, CFTypeID id) {
+  log_line(state.log, call).returns().number(static_cast<std::int64_t>(id));
 }
 
 std::string install_description(platform& state, std::string_view json,

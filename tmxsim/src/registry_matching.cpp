@@ -2,6 +2,7 @@
 #include <IOKit/hid/IOHIDKeys.h>
 
 #include <string_view>
+#include <unordered_map>
 
 #include "cf_numbers.h"
 #include "cf_values.h"
@@ -131,10 +132,31 @@ bool hid_matches(cf_store& store, const match_request& request,
   return false;
 }
 
-}  // namespace
+// `name` is the string `key`: by address when it is the platform's own
+// constant for it.
+bool is_key(const cf_value& name, const cf_value* own, std::string_view key) {
+  return &name == own || name.text == key;
+}
 
-std::optional<entry_ref> first_match(registry& phone, cf_store& store,
-                                     cf_value& matching) {
+std::optional<entry_ref> first_in(const std::unordered_map<std::string_view, std::size_t>& index,
+                                  std::string_view text) {
+  const auto found = index.find(text);
+  if (found == index.end()) return std::nullopt;
+  return entry_ref{false, found->second};
+}
+
+// No service has the class: the search would take the first HID device, if
+// the class is theirs.
+[[gnu::noinline]] std::optional<entry_ref> first_of_class(const registry& phone,
+                                                          std::string_view name) {
+  if (auto service = first_in(phone.first_of_class, name)) return service;
+  if (name == kIOHIDDeviceKey && !phone.model.hid_devices.empty()) return entry_ref{true, 0};
+  return std::nullopt;
+}
+
+// Every entry in search order, each compared with the whole dictionary.
+[[gnu::noinline]] std::optional<entry_ref> searched_match(registry& phone, cf_store& store,
+                                                          cf_value& matching) {
   const match_request request = take_apart(store, matching);
   if (!request.usable) return std::nullopt;
   const std::vector<service_description>& services = phone.model.services;
@@ -146,6 +168,32 @@ std::optional<entry_ref> first_match(registry& phone, cf_store& store,
   for (std::size_t i = 0; i < devices.size(); ++i)
     if (hid_matches(store, request, devices[i])) return entry_ref{true, i};
   return std::nullopt;
+}
+
+}  // namespace
+
+// The dictionaries IOServiceMatching and IOServiceNameMatching make, one
+// string under one key, are answered from the indexes; the tool looks up the
+// same class for every record, so the last one is kept.
+std::optional<entry_ref> first_match(registry& phone, cf_store& store,
+                                     cf_value& matching) {
+  if (matching.entries.size() != 1) return searched_match(phone, store, matching);
+  const auto& [key, value] = matching.entries.front();
+  const cf_value* name = store.find(key);
+  const cf_value* wanted = store.find(value);
+  if (!is_string(name) || !is_string(wanted)) return searched_match(phone, store, matching);
+  if (is_key(*name, phone.class_key, kIOProviderClassKey)) {
+    class_lookup& last = phone.last_class;
+    if (!last.done || last.name != wanted->text) {
+      last.done = true;
+      last.name = wanted->text;
+      last.found = first_of_class(phone, wanted->text);
+    }
+    return last.found;
+  }
+  if (is_key(*name, phone.name_key, kIONameMatchKey))
+    return first_in(phone.first_of_name, wanted->text);
+  return searched_match(phone, store, matching);
 }
 
 }  // namespace tmxsim

@@ -51,8 +51,15 @@ const void* build_value(cf_store& store, const property_value& property) {
 
 void build_properties(registry& phone, cf_store& store) {
   phone.properties.clear();
-  for (const service_description& service : phone.model.services)
-    phone.properties.push_back(store.find(build_value(store, service.properties)));
+  phone.first_of_class.clear();
+  phone.first_of_name.clear();
+  phone.last_class = {};
+  const std::vector<service_description>& services = phone.model.services;
+  for (std::size_t i = 0; i < services.size(); ++i) {
+    phone.properties.push_back(store.find(build_value(store, services[i].properties)));
+    phone.first_of_class.emplace(services[i].class_name, i);
+    phone.first_of_name.emplace(services[i].name, i);
+  }
 }
 
 }  // namespace tmxsim
