@@ -1,29 +1,18 @@
 // "prof-event " lines through the reader: every record is its line's digits,
 // in order, and a fault names a prof-event line after the last record.
 
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
-#include <vector>
 
+#include "fuzz/fuzz_lines.h"
 #include "inspect/input/record_input.h"
 
 namespace {
 
-std::vector<std::string_view> lines_of(std::string_view text) {
-  std::vector<std::string_view> lines;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    lines.push_back(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return lines;
-}
-
 bool is_hex_line(const std::vector<std::string_view>& lines, std::uint64_t number) {
-  return number >= 1 && number <= lines.size() && lines[number - 1].starts_with("prof-event ");
+  return line_starts_with(lines, number, "prof-event ");
 }
 
 // The line's digits, read one at a time here, against the record.
