@@ -8,7 +8,7 @@ namespace zol {
 
 line_builder& line_builder::operator<<(double value) {
   // General notation, six significant digits, as the stream writes it.
-  char digits[32];
+  char digits[48];  // room for the widest copy of a short text
   const std::size_t size = write_general(value, digits);
   begin_value(size);
   append(std::string_view(digits, size));
@@ -16,15 +16,7 @@ line_builder& line_builder::operator<<(double value) {
 }
 
 void line_builder::pad(std::size_t count) {
-  // Field widths are short: one fixed-size copy covers them, whatever lies
-  // past `count` being overwritten by what follows.
-  static constexpr char spaces[16] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ',
-                                      ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
-  char* const out = reserve(std::max(count, sizeof spaces));
-  if (count <= sizeof spaces)
-    std::memcpy(out, spaces, sizeof spaces);
-  else
-    std::memset(out, ' ', count);
+  std::memset(reserve(count), ' ', count);
   size_ += count;
 }
 

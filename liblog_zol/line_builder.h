@@ -93,7 +93,17 @@ class line_builder {
   // Pads for a value of `size` characters that the caller then appends
   // whole, and lets the width lapse.
   void begin_value(std::size_t size) {
-    if (width_ > size) pad(width_ - size);
+    if (width_ > size) [[unlikely]] {
+      const std::size_t count = width_ - size;
+      // Widths are short: one fixed-size copy covers them, whatever lies
+      // past `count` being overwritten by what follows.
+      if (count <= sizeof spaces_) {
+        std::memcpy(reserve(sizeof spaces_), spaces_, sizeof spaces_);
+        size_ += count;
+      } else {
+        pad(count);
+      }
+    }
     width_ = 0;
   }
 
@@ -154,6 +164,8 @@ class line_builder {
   void pad(std::size_t count);
   void grow(std::size_t count);
 
+  static constexpr char spaces_[16] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ',
+                                       ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
   // Room for every line the decoders write; longer ones move to the heap.
   char stack_[2048];
   std::string heap_;

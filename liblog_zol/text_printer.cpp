@@ -1,5 +1,7 @@
 #include "liblog_zol/text_printer.h"
 
+#include <cstring>
+
 #include "liblog_zol/calendar_time.h"
 #include "liblog_zol/text_shapes.h"
 
@@ -20,15 +22,60 @@ constexpr header_name header_names[] = {
 
 constexpr std::uint8_t number_width = 10;
 
+// Texts that depend on the type word alone, kept for the words seen last: a
+// log holds few distinct words, and the decoders are stateless, so a word
+// always gives the same names.
+struct word_text {
+  bool valid = false;
+  std::uint32_t word = 0;
+  std::uint8_t size = 0;
+  char chars[160];
+};
+
+class word_texts {
+ public:
+  // The text kept for `word`, or null.
+  const word_text* find(std::uint32_t word) const noexcept {
+    const word_text& entry = entries_[slot(word)];
+    return entry.valid && entry.word == word ? &entry : nullptr;
+  }
+  void keep(std::uint32_t word, std::string_view text) noexcept {
+    word_text& entry = entries_[slot(word)];
+    entry.valid = text.size() <= sizeof entry.chars;
+    if (!entry.valid) return;
+    entry.word = word;
+    entry.size = static_cast<std::uint8_t>(text.size());
+    std::memcpy(entry.chars, text.data(), text.size());
+  }
+
+ private:
+  static std::size_t slot(std::uint32_t word) noexcept {
+    return (word * 0x9e3779b1u) >> (32 - slot_bits);
+  }
+  static constexpr unsigned slot_bits = 7;
+  word_text entries_[1u << slot_bits];
+};
+
+// "{ " and the three names, by category, component and event.
+thread_local word_texts header_texts;
+// The type ids and the key of the byte list, by the whole word.
+thread_local word_texts type_id_texts;
+
 }  // namespace
 
 void text_printer::begin(const record_header& header) {
   line_.clear();
   type_word_ = header.type_word;
-  line_ << "{ ";
-  for (const header_name& name : header_names) {
-    line_ << key_text{name.key};
-    line_.width(name.width) << quoted_text{(header.*name.item).name} << ",";
+  const std::uint32_t names_word = header.type_word >> 8;
+  if (const word_text* kept = header_texts.find(names_word)) {
+    line_.append({kept->chars, kept->size});
+  } else {
+    line_ << "{ ";
+    for (const header_name& name : header_names) {
+      line_ << key_text{name.key};
+      line_.width(name.width) << quoted_text{(header.*name.item).name} << ",";
+    }
+    header_texts.keep(names_word, line_.view());
   }
   line_ << key_text{"timestamp"};
   line_.width(number_width) << header.timestamp << ",";
@@ -69,12 +116,19 @@ void text_printer::field(std::string_view key, std::uint8_t width, const field_v
 void text_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {
   // "type-id" twice: first the whole word, last the type id alone.
   const std::uint32_t word = type_word_;
-  line_ << key_text{"type-id"} << word << ",";
-  line_ << key_text{"category-id"} << (word >> 24) << ",";
-  line_ << key_text{"component-id"} << ((word >> 16) & 0xff) << ",";
-  line_ << key_text{"event-id"} << ((word >> 8) & 0xff) << ",";
-  line_ << key_text{"type-id"} << (word & 0xff) << ",";
-  line_ << key_text{"binary-data"} << byte_list{bytes};
+  if (const word_text* kept = type_id_texts.find(word)) {
+    line_.append({kept->chars, kept->size});
+  } else {
+    const std::size_t start = line_.view().size();
+    line_ << key_text{"type-id"} << word << ",";
+    line_ << key_text{"category-id"} << (word >> 24) << ",";
+    line_ << key_text{"component-id"} << ((word >> 16) & 0xff) << ",";
+    line_ << key_text{"event-id"} << ((word >> 8) & 0xff) << ",";
+    line_ << key_text{"type-id"} << (word & 0xff) << ",";
+    line_ << key_text{"binary-data"};
+    type_id_texts.keep(word, line_.view().substr(start));
+  }
+  line_ << byte_list{bytes};
   calendar_text text;
   if (calendar && make_calendar_text(*calendar, text))
     line_ << "," << key_text{"calendar-time"} << quoted_text{text.view()};
