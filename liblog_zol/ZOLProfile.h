@@ -32,6 +32,10 @@ void write_profile_hex(char* out, const std::uint8_t* record);
 // this record.
 std::string format_profile_record(const std::uint8_t* record);
 
+// Device: the same line, zero-terminated, in a buffer of the calling thread
+// that the next call reuses: no allocation a record.
+const char* profile_line(const std::uint8_t* record);
+
 // Device: the calendar-time text of a record timestamp; false, and `text`
 // untouched, when the platform publishes no clock correlation.
 bool profile_calendar_time(std::uint64_t timestamp, std::string& text);

@@ -9,6 +9,7 @@
 #include "liblog_zol/general_notation.h"
 #include "liblog_zol/ZOLProfile.h"
 #include "liblog_zol/name_tables.h"
+#include "liblog_zol/payload_fields.h"
 #include "liblog_zol/text_shapes.h"
 
 namespace zol {
@@ -244,6 +245,10 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
       return;
   }
   out_.commit(p);
+}
+
+void json_printer::fields(const profile_record& record, std::span<const payload_field> layout) {
+  each_field(*this, record, layout);
 }
 
 void json_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {

@@ -32,6 +32,7 @@ class json_printer final : public record_printer {
 
   void begin(const record_header& header) override;
   void field(std::string_view key, std::uint8_t width, const field_value& value) override;
+  void fields(const profile_record& record, std::span<const payload_field> layout) override;
   void end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) override;
 
   // The object, without a newline.

@@ -129,6 +129,11 @@ class line_builder {
 
   std::string take() const { return std::string(data_, size_); }
   std::string_view view() const noexcept { return {data_, size_}; }
+  // The text with a zero after it, which the size does not count.
+  const char* c_str() {
+    *reserve(1) = '\0';
+    return data_;
+  }
   void clear() noexcept { size_ = 0; width_ = 0; base_ = 10; }
 
   void signed_value(std::int64_t value) {

@@ -58,7 +58,44 @@ constexpr payload_field bytes_field(std::string_view key, std::uint8_t offset,
           .width = width, .count_at = count_at};
 }
 
-void write_fields(record_printer& printer, const profile_record& record,
-                  std::span<const payload_field> fields);
+// The value of one field of a record.
+inline field_value payload_value(const profile_record& record, const payload_field& field) {
+  const byte_reader& bytes = record.bytes();
+  switch (field.form) {
+    case field_form::number:
+      switch (field.size) {
+        case 1: return field_value::of_unsigned(bytes.u8(field.offset));
+        case 2: return field_value::of_unsigned(bytes.u16(field.offset));
+        case 4: return field_value::of_unsigned(bytes.u32(field.offset));
+        default: return field_value::of_unsigned(bytes.u64(field.offset));
+      }
+    case field_form::constant:
+      return field_value::of_unsigned(field.value);
+    case field_form::hex:
+      return field_value::of_hex_word(bytes.u32(field.offset));
+    case field_form::text: {
+      // Up to the first zero; a field without one gives all its characters.
+      const auto chars = bytes.bytes(field.offset, field.size);
+      const std::string_view all(reinterpret_cast<const char*>(chars.data()), chars.size());
+      return field_value::of_text(all.substr(0, all.find('\0')));
+    }
+    case field_form::bytes: {
+      std::size_t count = field.size;
+      if (field.count_at && bytes.u16(field.count_at) < count) count = bytes.u16(field.count_at);
+      return field_value::of_bytes(bytes.bytes(field.offset, count));
+    }
+  }
+  return field_value::of_unsigned(0);
+}
+
+// Each field of a layout through printer.field(), in table order.
+void each_field(record_printer& printer, const profile_record& record,
+                std::span<const payload_field> fields);
+
+// A layout to the printer.
+inline void write_fields(record_printer& printer, const profile_record& record,
+                         std::span<const payload_field> fields) {
+  printer.fields(record, fields);
+}
 
 }  // namespace zol

@@ -10,6 +10,9 @@
 
 namespace zol {
 
+struct payload_field;
+class profile_record;
+
 enum class value_kind : std::uint8_t {
   unsigned_number,
   signed_number,
@@ -75,6 +78,9 @@ class record_printer {
   virtual void begin(const record_header& header) = 0;
   // `width`: the text line's field width, 0 for none.
   virtual void field(std::string_view key, std::uint8_t width, const field_value& value) = 0;
+  // A layout's fields, in table order: as many field() calls, or a loop of
+  // the printer's own over the same table.
+  virtual void fields(const profile_record& record, std::span<const payload_field> layout) = 0;
   // The 48 record bytes, and the wall-clock microseconds when the clock is
   // known.
   virtual void end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) = 0;

@@ -12,13 +12,17 @@ class text_printer final : public record_printer {
  public:
   void begin(const record_header& header) override;
   void field(std::string_view key, std::uint8_t width, const field_value& value) override;
+  void fields(const profile_record& record, std::span<const payload_field> layout) override;
   void end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) override;
 
   std::string take() const { return line_.take(); }
   std::string_view view() const noexcept { return line_.view(); }
+  const char* c_str() { return line_.c_str(); }
   void clear() noexcept { line_.clear(); }
 
  private:
+  void item(std::string_view key, std::uint8_t width, const field_value& value);
+
   line_builder line_;
   std::uint32_t type_word_ = 0;
 };

@@ -27,36 +27,6 @@ constexpr std::array<byte_text, 256> byte_texts = [] {
 
 }  // namespace
 
-line_builder& operator<<(line_builder& line, key_text shape) {
-  // No width is ever set for a key.
-  const std::size_t size = shape.key.size();
-  char* out = line.reserve(size + 4);
-  out[0] = ' ';
-  out[1] = '\'';
-  // Keys run to 24 characters; two overlapping copies beat a library call.
-  if (size > 16 && size <= 32) {
-    std::memcpy(out + 2, shape.key.data(), 16);
-    std::memcpy(out + 2 + size - 16, shape.key.data() + size - 16, 16);
-  } else {
-    copy_short(out + 2, shape.key.data(), size);
-  }
-  out[size + 2] = '\'';
-  out[size + 3] = ':';
-  line.commit(out + size + 4);
-  return line;
-}
-
-line_builder& operator<<(line_builder& line, quoted_text shape) {
-  const std::size_t size = shape.value.size();
-  line.begin_value(size + 2);
-  char* out = line.reserve(size + 2);
-  out[0] = '\'';
-  copy_short(out + 1, shape.value.data(), size);
-  out[size + 1] = '\'';
-  line.commit(out + size + 2);
-  return line;
-}
-
 line_builder& operator<<(line_builder& line, byte_list shape) {
   const std::size_t count = shape.bytes.size();
   if (line.has_width()) {

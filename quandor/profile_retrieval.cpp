@@ -89,15 +89,14 @@ void drain_zol_profile(unsigned mode) {
 }
 
 CFStringRef profile_record_to_string(const std::uint8_t* record) {
-  std::string text;
+  const char* text = "";
   try {
-    text = format_profile_record(record);
+    text = profile_line(record);
   } catch (...) {
     // A record that cannot be formatted still gets its (empty) line.
-    text.clear();
+    text = "";
   }
-  return CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(),
-                                   kCFStringEncodingUTF8);
+  return CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8);
 }
 
 void print_profile_record(const std::uint8_t* record) {
