@@ -63,6 +63,31 @@ bool exact_decimal(double value, decimal& out) {
     ++shift;
   }
   if (shift < -max_fraction_bits || shift > max_whole_shift) return false;
+  // Fixed-point samples keep to 64 bits: the whole part's digits, then the
+  // fraction's (frac / 2^q = frac * 5^q / 10^q, below 10^19 while q <= 19).
+  if (shift < 0 && shift >= -19) {
+    const int q = -shift;
+    const std::uint64_t int_part = whole >> q;
+    std::uint64_t fraction = (whole & ((std::uint64_t{1} << q) - 1));
+    for (int i = 0; i < q; ++i) fraction *= 5;
+    int count = 0;
+    if (int_part != 0) count = digits_of(int_part, out.digits);
+    char* const fraction_digits = out.digits + count;
+    for (int i = q - 1; i >= 0; --i, fraction /= 10)
+      fraction_digits[i] = static_cast<char>('0' + fraction % 10);
+    if (int_part != 0) {
+      out.count = count + q;
+      out.exponent10 = count - 1;
+      return true;
+    }
+    // A fraction alone: its leading zeros are not digits.
+    int leading = 0;
+    while (leading < q && fraction_digits[leading] == '0') ++leading;
+    std::memmove(out.digits, fraction_digits + leading, static_cast<std::size_t>(q - leading));
+    out.count = q - leading;
+    out.exponent10 = -leading - 1;
+    return true;
+  }
   // whole * 2^-q = whole * 5^q / 10^q.
   uint128 n = whole;
   int q = 0;

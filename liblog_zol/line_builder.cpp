@@ -6,6 +6,10 @@
 
 namespace zol {
 
+void copy_long(char* out, const char* in, std::size_t count) noexcept {
+  std::memcpy(out, in, count);
+}
+
 line_builder& line_builder::operator<<(double value) {
   // General notation, six significant digits, as the stream writes it.
   char digits[48];  // room for the widest copy of a short text

@@ -19,6 +19,9 @@
 
 namespace zol {
 
+// Longer copies, out of line.
+void copy_long(char* out, const char* in, std::size_t count) noexcept;
+
 // Copies `count` bytes, reading and writing only inside both ranges.
 inline void copy_short(char* out, const char* in, std::size_t count) noexcept {
   if (count >= 8 && count <= 16) {
@@ -30,7 +33,7 @@ inline void copy_short(char* out, const char* in, std::size_t count) noexcept {
   } else if (count < 4) {
     for (std::size_t i = 0; i < count; ++i) out[i] = in[i];
   } else {
-    std::memcpy(out, in, count);
+    copy_long(out, in, count);
   }
 }
 
@@ -160,8 +163,14 @@ class line_builder {
       const char* const start = decimal_ending_at(end, value);
       text = {start, static_cast<std::size_t>(end - start)};
     } else {
-      const char* const stop = std::to_chars(digits, end, value, base_).ptr;
-      text = {digits, static_cast<std::size_t>(stop - digits)};
+      // Lowercase hex digits, no prefix.
+      static constexpr char hex_digits[] = "0123456789abcdef";
+      char* start = end;
+      do {
+        *--start = hex_digits[value & 0xf];
+        value >>= 4;
+      } while (value != 0);
+      text = {start, static_cast<std::size_t>(end - start)};
     }
     begin_value(text.size());
     append(text);

@@ -68,36 +68,8 @@ thread_local word_texts type_id_texts;
 
 }  // namespace
 
-void text_printer::begin(const record_header& header) {
-  line_.clear();
-  type_word_ = header.type_word;
-  const std::uint32_t names_word = header.type_word >> 8;
-  if (const word_text* kept = header_texts.find(names_word)) {
-    line_.append({kept->chars, kept->size});
-  } else {
-    line_ << "{ ";
-    for (const header_name& name : header_names) {
-      line_ << key_text{name.key};
-      line_.width(name.width) << quoted_text{(header.*name.item).name} << ",";
-    }
-    header_texts.keep(names_word, line_.view());
-  }
-  line_ << key_text{"timestamp"};
-  line_.width(number_width) << header.timestamp << ",";
-  line_ << key_text{"sequence_num"};
-  line_.width(number_width) << header.sequence_number << ",";
-}
-
-void text_printer::field(std::string_view key, std::uint8_t width, const field_value& value) {
-  item(key, width, value);
-}
-
-// A loop of its own over the table, without a call per field.
-void text_printer::fields(const profile_record& record, std::span<const payload_field> layout) {
-  for (const payload_field& field : layout) item(field.key, field.width, payload_value(record, field));
-}
-
-inline void text_printer::item(std::string_view key, std::uint8_t width, const field_value& value) {
+// Inlined into the table loop, where most items are written.
+[[gnu::always_inline]] inline void text_printer::item(std::string_view key, std::uint8_t width, const field_value& value) {
   if (value.kind == value_kind::unsigned_number) {
     // Most items: the key, the number in its width and the comma in one go.
     char digits[20];
@@ -145,6 +117,34 @@ inline void text_printer::item(std::string_view key, std::uint8_t width, const f
   }
   line_.put(',');
 }
+
+void text_printer::begin(const record_header& header) {
+  line_.clear();
+  type_word_ = header.type_word;
+  const std::uint32_t names_word = header.type_word >> 8;
+  if (const word_text* kept = header_texts.find(names_word)) {
+    line_.append({kept->chars, kept->size});
+  } else {
+    line_ << "{ ";
+    for (const header_name& name : header_names) {
+      line_ << key_text{name.key};
+      line_.width(name.width) << quoted_text{(header.*name.item).name} << ",";
+    }
+    header_texts.keep(names_word, line_.view());
+  }
+  item("timestamp", number_width, field_value::of_unsigned(header.timestamp));
+  item("sequence_num", number_width, field_value::of_unsigned(header.sequence_number));
+}
+
+void text_printer::field(std::string_view key, std::uint8_t width, const field_value& value) {
+  item(key, width, value);
+}
+
+// A loop of its own over the table, without a call per field.
+void text_printer::fields(const profile_record& record, std::span<const payload_field> layout) {
+  for (const payload_field& field : layout) item(field.key, field.width, payload_value(record, field));
+}
+
 
 void text_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {
   // "type-id" twice: first the whole word, last the type id alone.
