@@ -143,20 +143,22 @@ bool iso_calendar_time(std::uint64_t microseconds, std::string& out) {
 
 void json_printer::begin(const record_header& header) {
   out_.clear();
-  const std::uint32_t type = header.type_word & 0xff;
-  const name_text type_text = type_name(header.category.id, type);
+  const header_names header_text = header.names();
+  const name_text type_text = type_name(header.category_id(), header.type_id());
   const struct {
     std::string_view id_key;
     std::string_view name_key;
-    named_id item;
+    std::uint32_t id;
+    std::string_view name;
   } names[] = {
-      {",\"category_id\":", ",\"category\":", header.category},
-      {",\"component_id\":", ",\"component\":", header.component},
-      {",\"event_id\":", ",\"event\":", header.event},
-      {",\"type_id\":", ",\"type\":", {type, type_text.view()}},
+      {",\"category_id\":", ",\"category\":", header.category_id(), header_text.category.view()},
+      {",\"component_id\":", ",\"component\":", header.component_id(),
+       header_text.component.view()},
+      {",\"event_id\":", ",\"event\":", header.event_id(), header_text.event.view()},
+      {",\"type_id\":", ",\"type\":", header.type_id(), type_text.view()},
   };
   std::size_t room = 512;
-  for (const auto& name : names) room += string_room(name.item.name.size());
+  for (const auto& name : names) room += string_room(name.name.size());
   char* p = out_.reserve(room + string_room(origin_.source.size()));
   put(p, "{\"schema_version\":");
   put_unsigned(p, records_schema_version);
@@ -179,9 +181,9 @@ void json_printer::begin(const record_header& header) {
     put(p, "null");
   for (const auto& name : names) {
     put(p, name.id_key);
-    put_unsigned(p, name.item.id);
+    put_unsigned(p, name.id);
     put(p, name.name_key);
-    put_string(p, name.item.name);
+    put_string(p, name.name);
   }
   put(p, ",\"type_word\":");
   put_unsigned(p, header.type_word);

@@ -13,26 +13,24 @@ std::string profile_decoder::format(const profile_record& record, clock_source& 
 
 void profile_decoder::decode(record_printer& printer, const profile_record& record,
                              clock_source& clock) const {
-  const std::uint32_t category = record.category_id();
-  const std::uint32_t component = record.component_id();
-  const std::uint32_t event = record.event_id();
-  const name_text category_text = category_name(category);
-  const name_text component_text = component_name(component);
-  const name_text event_text = event_name(component, event);
   timesync_pair pair;
   const bool has_calendar = clock.read(pair);
   const std::uint64_t calendar = has_calendar ? calendar_microseconds(record.timestamp(), pair) : 0;
 
   printer.begin({
-      .category = {category, category_text.view()},
-      .component = {component, component_text.view()},
-      .event = {event, event_text.view()},
+      .decoder = *this,
       .type_word = record.type_word(),
       .timestamp = record.timestamp(),
       .sequence_number = record.sequence_number(),
   });
   write_payload(printer, record);
   printer.end(record.bytes().bytes(0, profile_record_size), has_calendar ? &calendar : nullptr);
+}
+
+header_names record_header::names() const {
+  const std::uint32_t component = component_id();
+  return {decoder.category_name(category_id()), decoder.component_name(component),
+          decoder.event_name(component, event_id())};
 }
 
 name_text profile_decoder::category_name(std::uint32_t category) const {

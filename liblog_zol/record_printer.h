@@ -8,9 +8,12 @@
 #include <span>
 #include <string_view>
 
+#include "liblog_zol/name_tables.h"
+
 namespace zol {
 
 struct payload_field;
+class profile_decoder;
 class profile_record;
 
 enum class value_kind : std::uint8_t {
@@ -54,20 +57,26 @@ struct field_value {
   std::int64_t signed_number() const noexcept { return static_cast<std::int64_t>(number); }
 };
 
-// A header name: the id and the name the decoder's table gives it.
-struct named_id {
-  std::uint32_t id;
-  std::string_view name;
+// The names of a record's ids, as its decoder's tables give them.
+struct header_names {
+  name_text category;
+  name_text component;
+  name_text event;
 };
 
-// The header of a record, as the decoder names it.
+// The header of a record. The names are asked of the decoder when a printer
+// needs them: the text printer keeps the text of recent headers.
 struct record_header {
-  named_id category;
-  named_id component;
-  named_id event;
+  const profile_decoder& decoder;
   std::uint32_t type_word;
   std::uint64_t timestamp;
   std::uint32_t sequence_number;
+
+  std::uint32_t category_id() const noexcept { return type_word >> 24; }
+  std::uint32_t component_id() const noexcept { return (type_word >> 16) & 0xff; }
+  std::uint32_t event_id() const noexcept { return (type_word >> 8) & 0xff; }
+  std::uint32_t type_id() const noexcept { return type_word & 0xff; }
+  header_names names() const;
 };
 
 // The calls come in this order for every record: begin, the payload fields

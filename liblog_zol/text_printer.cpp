@@ -13,13 +13,13 @@ namespace {
 struct header_name {
   std::string_view key;
   std::uint8_t width;
-  named_id record_header::*item;
+  name_text header_names::*item;
 };
 
-constexpr header_name header_names[] = {
-    {"category", 8, &record_header::category},
-    {"component", 8, &record_header::component},
-    {"event", 12, &record_header::event},
+constexpr header_name header_layout[] = {
+    {"category", 8, &header_names::category},
+    {"component", 8, &header_names::component},
+    {"event", 12, &header_names::event},
 };
 
 constexpr std::uint8_t number_width = 10;
@@ -125,10 +125,11 @@ void text_printer::begin(const record_header& header) {
   if (const word_text* kept = header_texts.find(names_word)) {
     line_.append({kept->chars, kept->size});
   } else {
+    const header_names names = header.names();
     line_ << "{ ";
-    for (const header_name& name : header_names) {
+    for (const header_name& name : header_layout) {
       line_ << key_text{name.key};
-      line_.width(name.width) << quoted_text{(header.*name.item).name} << ",";
+      line_.width(name.width) << quoted_text{(names.*name.item).view()} << ",";
     }
     header_texts.keep(names_word, line_.view());
   }
