@@ -68,25 +68,33 @@ thread_local word_texts type_id_texts;
 
 }  // namespace
 
+// The item most payload fields are.
+[[gnu::always_inline]] inline void text_printer::number_item(std::string_view key,
+                                                              std::uint8_t width,
+                                                              std::uint64_t value) {
+  // The key, the number in its width and the comma in one go.
+  char digits[20];
+  char* const digits_end = digits + sizeof digits;
+  const char* const start = decimal_ending_at(digits_end, value);
+  const auto size = static_cast<std::size_t>(digits_end - start);
+  const std::size_t padding = width > size ? width - size : 0;
+  // The spaces go in as one 16-byte copy: room for it past the item.
+  char* out = write_key(line_.reserve(key.size() + 4 + padding + size + 1 + sizeof spaces), key);
+  if (padding <= sizeof spaces)
+    std::memcpy(out, spaces, sizeof spaces);
+  else
+    std::memset(out, ' ', padding);
+  out += padding;
+  copy_short(out, start, size);
+  out[size] = ',';
+  line_.commit(out + size + 1);
+}
+
 // Inlined into the table loop, where most items are written.
-[[gnu::always_inline]] inline void text_printer::item(std::string_view key, std::uint8_t width, const field_value& value) {
+[[gnu::always_inline]] inline void text_printer::item(std::string_view key, std::uint8_t width,
+                                                       const field_value& value) {
   if (value.kind == value_kind::unsigned_number) {
-    // Most items: the key, the number in its width and the comma in one go.
-    char digits[20];
-    char* const digits_end = digits + sizeof digits;
-    const char* const start = decimal_ending_at(digits_end, value.number);
-    const auto size = static_cast<std::size_t>(digits_end - start);
-    const std::size_t padding = width > size ? width - size : 0;
-    // The spaces go in as one 16-byte copy: room for it past the item.
-    char* out = write_key(line_.reserve(key.size() + 4 + padding + size + 1 + sizeof spaces), key);
-    if (padding <= sizeof spaces)
-      std::memcpy(out, spaces, sizeof spaces);
-    else
-      std::memset(out, ' ', padding);
-    out += padding;
-    copy_short(out, start, size);
-    out[size] = ',';
-    line_.commit(out + size + 1);
+    number_item(key, width, value.number);
     return;
   }
   line_ << key_text{key};
@@ -133,8 +141,8 @@ void text_printer::begin(const record_header& header) {
     }
     header_texts.keep(names_word, line_.view());
   }
-  item("timestamp", number_width, field_value::of_unsigned(header.timestamp));
-  item("sequence_num", number_width, field_value::of_unsigned(header.sequence_number));
+  number_item("timestamp", number_width, header.timestamp);
+  number_item("sequence_num", number_width, header.sequence_number);
 }
 
 void text_printer::field(std::string_view key, std::uint8_t width, const field_value& value) {
@@ -143,7 +151,22 @@ void text_printer::field(std::string_view key, std::uint8_t width, const field_v
 
 // A loop of its own over the table, without a call per field.
 void text_printer::fields(const profile_record& record, std::span<const payload_field> layout) {
-  for (const payload_field& field : layout) item(field.key, field.width, payload_value(record, field));
+  const byte_reader& bytes = record.bytes();
+  for (const payload_field& field : layout) {
+    // Numbers straight from the record: most fields are.
+    if (field.form == field_form::number) {
+      std::uint64_t value;
+      switch (field.size) {
+        case 1: value = bytes.u8(field.offset); break;
+        case 2: value = bytes.u16(field.offset); break;
+        case 4: value = bytes.u32(field.offset); break;
+        default: value = bytes.u64(field.offset); break;
+      }
+      number_item(field.key, field.width, value);
+    } else {
+      item(field.key, field.width, payload_value(record, field));
+    }
+  }
 }
 
 

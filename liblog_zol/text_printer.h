@@ -22,6 +22,7 @@ class text_printer final : public record_printer {
 
  private:
   void item(std::string_view key, std::uint8_t width, const field_value& value);
+  void number_item(std::string_view key, std::uint8_t width, std::uint64_t value);
 
   line_builder line_;
   std::uint32_t type_word_ = 0;
