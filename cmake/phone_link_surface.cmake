@@ -13,7 +13,7 @@ set(phone_c_library
   # What compilers call of their own accord: stack protection, bcmp for a
   # memcmp compared with zero (clang), and 128-bit division, from the
   # compiler's own runtime on every target.
-  __stack_chk_fail __stack_chk_guard bcmp __udivti3 __umodti3
+  __stack_chk_fail __stack_chk_guard bcmp __udivti3 __umodti3 __udivmodti4
   # errno, as the C++ library's inline string-to-number conversion reaches
   # it; the phone's C++ library reaches its own.
   __errno_location)
