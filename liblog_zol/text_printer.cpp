@@ -78,12 +78,10 @@ thread_local word_texts type_id_texts;
   const char* const start = decimal_ending_at(digits_end, value);
   const auto size = static_cast<std::size_t>(digits_end - start);
   const std::size_t padding = width > size ? width - size : 0;
-  // The spaces go in as one 16-byte copy: room for it past the item.
+  // The spaces go in by 16-byte copies: room for the last past the item.
   char* out = write_key(line_.reserve(key.size() + 4 + padding + size + 1 + sizeof spaces), key);
-  if (padding <= sizeof spaces)
-    std::memcpy(out, spaces, sizeof spaces);
-  else
-    std::memset(out, ' ', padding);
+  for (std::size_t done = 0; done < padding; done += sizeof spaces)
+    std::memcpy(out + done, spaces, sizeof spaces);
   out += padding;
   copy_short(out, start, size);
   out[size] = ',';
