@@ -7,14 +7,15 @@ string(REGEX REPLACE "((0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9
        "\\1\n" bytes "${bytes}")
 file(WRITE "${OUTPUT}.new"
 "// Built from devices/default.json by embed_description.cmake.
+#include \"description.h\"
 #include \"embedded_default.h\"
 
 namespace tmxsim {
 namespace {
 
-// One byte more than the file, so that an empty file makes a valid array.
-const unsigned char bytes[] = {
-${bytes}0x00};
+// The parser may read the padding; it also makes an empty file a valid array.
+const unsigned char bytes[${size} + description_padding] = {
+${bytes}};
 
 }  // namespace
 

@@ -10,7 +10,7 @@ std::string load_description(std::string_view json, std::string_view origin) {
 }
 
 void load_default_description() {
-  install_description(the_platform(), embedded_default_description(), default_origin);
+  install_description(the_platform(), embedded_default_description(), default_origin, true);
 }
 
 std::string_view default_description() { return embedded_default_description(); }

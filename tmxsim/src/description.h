@@ -96,8 +96,14 @@ struct parse_result {
   std::string error;  // "" or the one-line message
 };
 
+// Readable bytes that a caller may leave after the text it gives
+// parse_description, which then reads the text where it is, not a copy.
+inline constexpr std::size_t description_padding = 64;
+
 // Checks a description text against the schema and decodes it. `origin`
-// names the text in the message.
-parse_result parse_description(std::string_view json, std::string_view origin);
+// names the text in the message. `padded`: description_padding readable
+// bytes follow the text.
+parse_result parse_description(std::string_view json, std::string_view origin,
+                               bool padded = false);
 
 }  // namespace tmxsim

@@ -1,492 +1,343 @@
-#include <charconv>
-#include <nlohmann/json.hpp>
+// Descriptions are read with simdjson: a bulk one runs to megabytes, nearly
+// all of it hexadecimal strings. Whatever simdjson refuses, or might read
+// other than nlohmann::json does, is read again with nlohmann::json, whose
+// words the messages about broken descriptions keep (description_nlohmann.cpp).
 
-#include "description.h"
-#include "printable_text.h"
-#include "reply_bytes.h"
+#include <simdjson.h>
+
+#include <algorithm>
+#include <optional>
+#include <type_traits>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "description_reader.h"
 
 namespace tmxsim {
+namespace description_reading {
+
+std::string message_prefix(std::string_view origin) {
+  return "tmxsim: " + printable(origin) + ": ";
+}
+
+}  // namespace description_reading
+
 namespace {
 
-using json = nlohmann::ordered_json;
+using description_reading::json_kind;
+using description_reading::json_member;
+namespace ondemand = simdjson::ondemand;
 
-// All replies of one description together stay below this.
-constexpr std::size_t max_description_bytes = std::size_t{256} << 20;
-// Deeper children or properties are refused rather than recursed into.
-constexpr int max_depth = 64;
-constexpr std::string_view default_class = "CorvelTMXInterface";
+// One value as nlohmann::ordered_json holds it. A string without escapes
+// stays where it is in the text: simdjson's own tree would copy every one.
+struct tree_value {
+  json_kind kind = json_kind::null;
+  std::uint32_t size = 0;  // a string's bytes, an array's items, an object's members
+  union {
+    const char* text = nullptr;
+    std::int64_t integer;
+    std::uint64_t unsigned_integer;
+    double floating;
+    bool boolean;
+    std::size_t first;  // an array's or object's first entry
+  };
+};
 
-// Where a value sits in the description. Each level lives on the stack of the
-// function that checks the value, so a path costs nothing until it is shown.
-class json_path {
+// Deeper texts are left to nlohmann::json, which then names what is too deep.
+constexpr int max_tree_depth = 256;
+
+// The whole text, read through simdjson's On-Demand API. It checks only the
+// values that are taken, not those skipped; every value is taken here, so
+// all of the text is checked.
+class text_tree {
  public:
-  json_path() = default;
-
-  json_path member(std::string_view name) const {
-    return {this, step::member, name, 0};
+  // False where simdjson finds a fault, where the top level is no object, or
+  // where nlohmann::json might read the text otherwise: such a text is left
+  // to nlohmann::json, which also words the message.
+  bool read(ondemand::document& document, std::size_t text_size) {
+    // Room for a value every four bytes, as many as a dense text holds: pages
+    // not written to cost nothing, growing the vectors would.
+    const std::size_t room = std::min(text_size / 4, std::size_t{1} << 20);
+    entries_.reserve(room);
+    names_.reserve(room);
+    ondemand::object object;
+    const char* location = nullptr;
+    return document.get_object().get(object) == simdjson::SUCCESS &&
+           read_object(object, 0, root_) &&
+           // nothing after the object
+           document.current_location().get(location) == simdjson::OUT_OF_BOUNDS;
   }
-  json_path key(std::string_view name) const { return {this, step::key, name, 0}; }
-  json_path at(std::size_t index) const { return {this, step::index, {}, index}; }
 
-  std::string text() const {
-    std::string parent_text;
-    if (parent_ != nullptr && parent_->kind_ != step::root)
-      parent_text = parent_->text();
-    switch (kind_) {
-      case step::root:
-        return "top level";
-      case step::member:
-        return parent_text + (parent_text.empty() ? "" : ".") + printable(name_);
-      case step::key:
-        return parent_text + "[\"" + printable(name_) + "\"]";
-      case step::index:
-        return parent_text + "[" + std::to_string(index_) + "]";
-    }
-    return parent_text;
-  }
+  const tree_value& root() const { return root_; }
+  const tree_value& entry(std::size_t index) const { return entries_[index]; }
+  std::string_view name(std::size_t index) const { return names_[index]; }
 
  private:
-  enum class step : std::uint8_t { root, member, key, index };
-
-  json_path(const json_path* parent, step kind, std::string_view name,
-            std::size_t index)
-      : parent_(parent), kind_(kind), name_(name), index_(index) {}
-
-  const json_path* parent_ = nullptr;
-  step kind_ = step::root;
-  std::string_view name_;
-  std::size_t index_ = 0;
-};
-
-// Keeps the first problem found; every check returns false once there is one.
-class checker {
- public:
-  bool fail(const json_path& at, const std::string& problem) {
-    if (error_.empty()) error_ = at.text() + ": " + problem;
-    return false;
-  }
-
-  bool count_reply(const json_path& at, std::size_t size) {
-    reply_bytes_ += size;
-    return reply_bytes_ <= max_description_bytes ||
-           fail(at, "the replies of the description add up to more than 256 MiB");
-  }
-
-  const std::string& error() const { return error_; }
-
- private:
-  std::string error_;
-  std::size_t reply_bytes_ = 0;
-};
-
-std::string found(const json& value) {
-  switch (value.type()) {
-    case json::value_t::object:
-      return "found an object";
-    case json::value_t::array:
-      return "found an array";
-    case json::value_t::string:
-      return "found a string";
-    case json::value_t::boolean:
-      return "found a boolean";
-    case json::value_t::null:
-      return "found null";
-    default:
-      return "found " + value.dump();
-  }
-}
-
-bool expect_object(const json& value, const json_path& at, checker& check) {
-  return value.is_object() || check.fail(at, "expected an object, " + found(value));
-}
-
-bool expect_array(const json& value, const json_path& at, checker& check) {
-  return value.is_array() || check.fail(at, "expected an array, " + found(value));
-}
-
-bool read_string(const json& value, const json_path& at, std::string& out,
-                 checker& check) {
-  if (!value.is_string())
-    return check.fail(at, "expected a string, " + found(value));
-  out = value.get<std::string>();
-  return true;
-}
-
-bool read_boolean(const json& value, const json_path& at, bool& out,
-                  checker& check) {
-  if (!value.is_boolean())
-    return check.fail(at, "expected true or false, " + found(value));
-  out = value.get<bool>();
-  return true;
-}
-
-// An integer in [min, max], as its 64-bit two's complement pattern.
-bool read_integer(const json& value, const json_path& at, std::string_view what,
-                  std::int64_t min, std::uint64_t max, std::uint64_t& out,
-                  checker& check) {
-  if (!value.is_number_integer())
-    return check.fail(at, "expected an integer, " + found(value));
-  bool in_range = false;
-  if (value.is_number_unsigned()) {
-    out = value.get<std::uint64_t>();
-    in_range = out <= max;
-  } else {
-    const auto number = value.get<std::int64_t>();
-    out = static_cast<std::uint64_t>(number);
-    in_range = number >= min && (number < 0 || out <= max);
-  }
-  return in_range ||
-         check.fail(at, std::string(what) + " must be " + std::to_string(min) +
-                            " to " + std::to_string(max) + ", not " + value.dump());
-}
-
-bool read_result(const json& value, const json_path& at, std::uint32_t& out,
-                 checker& check) {
-  const std::string rule =
-      "a result is 0 to 4294967295 or \"0x\" and 1 to 8 hexadecimal digits";
-  if (value.is_number_integer()) {
-    if (value.is_number_unsigned() && value.get<std::uint64_t>() <= UINT32_MAX) {
-      out = value.get<std::uint32_t>();
-      return true;
-    }
-    return check.fail(at, rule + ", not " + value.dump());
-  }
-  if (!value.is_string()) return check.fail(at, "expected a result, " + found(value));
-  const auto& text = value.get_ref<const std::string&>();
-  if (text.size() > 2 && text.size() <= 10 && text.starts_with("0x")) {
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data() + 2, end, out, 16);
-    if (error == std::errc() && stop == end) return true;
-  }
-  // ASCII only: a JSON string may hold DEL and other bytes unfit for a terminal.
-  return check.fail(at, rule + ", not " + value.dump(-1, ' ', true));
-}
-
-struct key_rule {
-  std::string_view what;
-  std::uint64_t max;
-  bool command_selector_excluded = false;  // selector 2 belongs to "commands"
-};
-
-constexpr key_rule command_keys{"command", UINT64_MAX};
-constexpr key_rule selector_keys{"selector", UINT32_MAX, true};
-constexpr key_rule report_keys{"report id", 255};
-constexpr std::uint64_t command_selector = 2;
-
-bool read_key(const std::string& name, const key_rule& rule, const json_path& at,
-              std::uint64_t& out, checker& check) {
-  const bool decimal =
-      !name.empty() && name.find_first_not_of("0123456789") == std::string::npos &&
-      (name.size() == 1 || name[0] != '0');
-  if (!decimal)
-    return check.fail(at, "a " + std::string(rule.what) +
-                              " key is a decimal number without leading zeros");
-  const auto [stop, error] = std::from_chars(name.data(), name.data() + name.size(), out);
-  if (error != std::errc() || out > rule.max)
-    return check.fail(at, std::string(rule.what) + " keys go up to " +
-                              std::to_string(rule.max));
-  if (rule.command_selector_excluded && out == command_selector)
-    return check.fail(at, "selector 2 is answered from \"commands\"");
-  return true;
-}
-
-bool has_room(const std::vector<std::uint8_t>& reply, std::size_t size,
-              const json_path& at, checker& check) {
-  return size <= max_reply_size - reply.size() ||
-         check.fail(at, "reply larger than 16 MiB");
-}
-
-bool read_size(const json& value, const json_path& at, std::string_view what,
-               std::size_t& out, checker& check) {
-  std::uint64_t size = 0;
-  if (!read_integer(value, at, what, 0, max_reply_size, size, check)) return false;
-  out = static_cast<std::size_t>(size);
-  return true;
-}
-
-bool read_hex(const json& value, const json_path& at,
-              std::vector<std::uint8_t>& reply, checker& check) {
-  if (!value.is_string()) return check.fail(at, "expected a string, " + found(value));
-  const std::string problem = append_hex(value.get_ref<const std::string&>(), reply);
-  return problem.empty() || check.fail(at, problem);
-}
-
-bool read_text_piece(const json& piece, const json_path& at,
-                     std::vector<std::uint8_t>& reply, checker& check) {
-  std::string text;
-  std::size_t size = 0;
-  if (!read_string(piece["text"], at.member("text"), text, check) ||
-      !read_size(piece["size"], at.member("size"), "size", size, check) ||
-      !has_room(reply, size, at, check))
-    return false;
-  append_text(reply, text, size);
-  return true;
-}
-
-bool read_piece(const json& piece, const json_path& at,
-                std::vector<std::uint8_t>& reply, checker& check) {
-  const std::string rule =
-      "a piece is one of {\"u8\":n}, {\"u16\":n}, {\"u32\":n}, {\"i32\":n}, "
-      "{\"u64\":n}, {\"hex\":\"...\"}, {\"text\":\"...\",\"size\":n}, {\"zeros\":n}";
-  if (!piece.is_object()) return check.fail(at, "expected a piece, " + found(piece));
-  if (piece.size() == 2 && piece.contains("text") && piece.contains("size"))
-    return read_text_piece(piece, at, reply, check);
-  if (piece.size() != 1) return check.fail(at, rule);
-
-  const std::string& name = piece.begin().key();
-  const json& value = piece.begin().value();
-  const json_path here = at.member(name);
-  for (const integer_piece& integer : integer_pieces) {
-    if (name != integer.key) continue;
-    std::uint64_t bits = 0;
-    if (!read_integer(value, here, integer.key, integer.min, integer.max, bits, check) ||
-        !has_room(reply, integer.size, at, check))
-      return false;
-    append_little_endian(reply, bits, integer.size);
-    return true;
-  }
-  if (name == "hex") return read_hex(value, here, reply, check);
-  if (name == "zeros") {
-    std::size_t size = 0;
-    if (!read_size(value, here, "zeros", size, check) || !has_room(reply, size, at, check))
-      return false;
-    reply.insert(reply.end(), size, 0);
-    return true;
-  }
-  if (name == "text") return check.fail(at, "\"text\" needs \"size\"");
-  return check.fail(at, rule);
-}
-
-bool read_answer(const json& value, const json_path& at, answer& out,
-                 checker& check) {
-  if (!value.is_object())
-    return check.fail(at, "expected an answer object, " + found(value));
-  if (value.contains("reply") && value.contains("fields"))
-    return check.fail(at, "\"reply\" and \"fields\" exclude each other");
-  for (const auto& [name, item] : value.items()) {
-    const json_path here = at.member(name);
-    if (name == "result") {
-      if (!read_result(item, here, out.result, check)) return false;
-    } else if (name == "reply") {
-      if (!read_hex(item, here, out.reply, check)) return false;
-    } else if (name == "fields") {
-      if (!expect_array(item, here, check)) return false;
-      for (std::size_t i = 0; i < item.size(); ++i)
-        if (!read_piece(item[i], here.at(i), out.reply, check)) return false;
-    } else {
-      return check.fail(here, "unknown key");
-    }
-  }
-  return check.count_reply(at, out.reply.size());
-}
-
-// An object of answers keyed by decimal numbers; each value is one answer or
-// a list of them.
-bool read_answers(const json& value, const json_path& at, const key_rule& rule,
-                  std::vector<answer_list>& out, checker& check) {
-  if (!expect_object(value, at, check)) return false;
-  for (const auto& [name, item] : value.items()) {
-    const json_path here = at.key(name);
-    answer_list list;
-    if (!read_key(name, rule, here, list.key, check)) return false;
-    if (item.is_array()) {
-      list.sequence = true;
-      list.answers.resize(item.size());
-      for (std::size_t i = 0; i < item.size(); ++i)
-        if (!read_answer(item[i], here.at(i), list.answers[i], check)) return false;
-    } else {
-      list.answers.resize(1);
-      if (!read_answer(item, here, list.answers[0], check)) return false;
-    }
-    out.push_back(std::move(list));
-  }
-  return true;
-}
-
-bool read_property(const json& value, const json_path& at, int depth,
-                   property_value& out, checker& check) {
-  using kind = property_value::kind;
-  if (depth > max_depth) return check.fail(at, "nested more than 64 levels deep");
-  switch (value.type()) {
-    case json::value_t::object:
-      out.type = kind::object;
-      for (const auto& [name, item] : value.items()) {
-        out.members.push_back({name, {}});
-        if (!read_property(item, at.key(name), depth + 1, out.members.back().value, check))
-          return false;
+  bool read_value(ondemand::value value, int depth, tree_value& out) {
+    ondemand::json_type type{};
+    if (value.type().get(type) != simdjson::SUCCESS) return false;
+    switch (type) {
+      case ondemand::json_type::object: {
+        ondemand::object object;
+        return value.get_object().get(object) == simdjson::SUCCESS &&
+               read_object(object, depth, out);
       }
-      return true;
-    case json::value_t::array:
-      out.type = kind::array;
-      out.items.resize(value.size());
-      for (std::size_t i = 0; i < value.size(); ++i)
-        if (!read_property(value[i], at.at(i), depth + 1, out.items[i], check))
-          return false;
-      return true;
-    case json::value_t::string:
-      out.type = kind::string;
-      out.text = value.get<std::string>();
-      return true;
-    case json::value_t::boolean:
-      out.type = kind::boolean;
-      out.boolean = value.get<bool>();
-      return true;
-    case json::value_t::number_integer:
-      out.type = kind::number;
-      out.number = value.get<std::int64_t>();
-      return true;
-    case json::value_t::number_unsigned:
-      if (value.get<std::uint64_t>() > INT64_MAX)
-        return check.fail(at, "property numbers are 64-bit signed, not " + value.dump());
-      out.type = kind::number;
-      out.number = value.get<std::int64_t>();
-      return true;
-    default:
-      return check.fail(at, "expected an object, integer, string, array or boolean, " +
-                                found(value));
+      case ondemand::json_type::array: {
+        ondemand::array array;
+        return value.get_array().get(array) == simdjson::SUCCESS &&
+               read_array(array, depth, out);
+      }
+      case ondemand::json_type::string:
+        return read_string(value, out);
+      case ondemand::json_type::number:
+        return read_number(value, out);
+      case ondemand::json_type::boolean:
+        out.kind = json_kind::boolean;
+        return value.get_bool().get(out.boolean) == simdjson::SUCCESS;
+      case ondemand::json_type::null: {
+        bool null = false;
+        out.kind = json_kind::null;
+        return value.is_null().get(null) == simdjson::SUCCESS && null;
+      }
+    }
+    return false;
   }
-}
 
-bool read_service(const json& value, const json_path& at, int depth,
-                  description& phone, checker& check) {
-  if (depth > max_depth) return check.fail(at, "children nested more than 64 levels deep");
-  if (!expect_object(value, at, check)) return false;
-  const std::size_t index = phone.services.size();
-  phone.services.emplace_back();
-  const json* children = nullptr;
-  {
-    // Only this entry is added until the loop ends, so the reference holds.
-    service_description& service = phone.services.back();
-    service.class_name = default_class;
-    bool named = false;
-    for (const auto& [name, item] : value.items()) {
-      const json_path here = at.member(name);
-      bool ok = true;
-      if (name == "name") {
-        ok = read_string(item, here, service.name, check);
-        named = true;
-      } else if (name == "class") {
-        ok = read_string(item, here, service.class_name, check);
-      } else if (name == "properties") {
-        ok = expect_object(item, here, check) &&
-             read_property(item, here, 0, service.properties, check);
-      } else if (name == "open_result") {
-        ok = read_result(item, here, service.open_result, check);
-      } else if (name == "null_connection") {
-        ok = read_boolean(item, here, service.null_connection, check);
-      } else if (name == "commands") {
-        ok = read_answers(item, here, command_keys, service.commands, check);
-      } else if (name == "methods") {
-        ok = read_answers(item, here, selector_keys, service.methods, check);
-      } else if (name == "children") {
-        ok = expect_array(item, here, check);
-        children = &item;
+  bool read_string(ondemand::value& value, tree_value& out) {
+    // The token is the quoted string and the blanks after it.
+    std::string_view token = value.raw_json_token();
+    token = token.substr(0, token.find_last_not_of(" \t\n\r") + 1);
+    if (token.size() < 2 || token.back() != '"') return false;
+    std::string_view text = token.substr(1, token.size() - 2);
+    if (text.find('\\') != std::string_view::npos) {
+      if (value.get_string().get(text) != simdjson::SUCCESS) return false;
+    } else if (value.get_raw_json_string().error() != simdjson::SUCCESS) {
+      return false;
+    }
+    if (text.size() > UINT32_MAX) return false;
+    out.kind = json_kind::string;
+    out.size = static_cast<std::uint32_t>(text.size());
+    out.text = text.data();
+    return true;
+  }
+
+  // nlohmann::json reads a number written with a minus sign as signed, any
+  // other integer as unsigned, and one with a fraction or exponent as a
+  // double. An integer beyond 64 bits it reads as a double; simdjson does
+  // not, so such a text is left to it.
+  static bool read_number(ondemand::value& value, tree_value& out) {
+    const std::string_view token = value.raw_json_token();
+    ondemand::number_type type{};
+    if (value.get_number_type().get(type) != simdjson::SUCCESS) return false;
+    switch (type) {
+      case ondemand::number_type::signed_integer: {
+        std::int64_t number = 0;
+        if (value.get_int64().get(number) != simdjson::SUCCESS) return false;
+        if (token.starts_with('-')) {
+          out.kind = json_kind::integer;
+          out.integer = number;
+        } else {
+          out.kind = json_kind::unsigned_integer;
+          out.unsigned_integer = static_cast<std::uint64_t>(number);
+        }
+        return true;
+      }
+      case ondemand::number_type::unsigned_integer:
+        out.kind = json_kind::unsigned_integer;
+        return value.get_uint64().get(out.unsigned_integer) == simdjson::SUCCESS;
+      case ondemand::number_type::floating_point_number:
+        out.kind = json_kind::floating;
+        return token.find_first_of(".eE") != std::string_view::npos &&
+               value.get_double().get(out.floating) == simdjson::SUCCESS;
+    }
+    return false;
+  }
+
+  bool read_array(ondemand::array& array, int depth, tree_value& out) {
+    if (depth >= max_tree_depth) return false;
+    const std::size_t mark = pending_.size();
+    for (auto item : array) {
+      ondemand::value value;
+      tree_value entry;
+      if (item.get(value) != simdjson::SUCCESS || !read_value(value, depth + 1, entry))
+        return false;
+      pending_.push_back(entry);
+      pending_names_.emplace_back();
+    }
+    return close(mark, json_kind::array, out);
+  }
+
+  // A key given again keeps its first place and takes the last value.
+  bool read_object(ondemand::object& object, int depth, tree_value& out) {
+    if (depth >= max_tree_depth) return false;
+    constexpr std::size_t few = 16;  // keys looked up by scanning
+    std::unordered_map<std::string_view, std::size_t> places;
+    const std::size_t mark = pending_.size();
+    for (auto member : object) {
+      ondemand::field field;
+      std::string_view name;
+      tree_value entry;
+      if (std::move(member).get(field) != simdjson::SUCCESS ||
+          field.unescaped_key().get(name) != simdjson::SUCCESS ||
+          !read_value(field.value(), depth + 1, entry))
+        return false;
+      std::size_t place = pending_.size();
+      if (place - mark < few) {
+        for (std::size_t at = mark; at < pending_.size(); ++at)
+          if (pending_names_[at] == name) place = at;
       } else {
-        ok = check.fail(here, "unknown key");
+        if (places.empty())
+          for (std::size_t at = mark; at < pending_.size(); ++at)
+            places.emplace(pending_names_[at], at);
+        place = places.try_emplace(name, pending_.size()).first->second;
       }
-      if (!ok) return false;
+      if (place == pending_.size()) {
+        pending_.push_back(entry);
+        pending_names_.push_back(name);
+      } else {
+        pending_[place] = entry;
+      }
     }
-    if (!named) return check.fail(at, "missing required key \"name\"");
+    return close(mark, json_kind::object, out);
   }
-  if (children == nullptr || children->empty()) return true;
-  phone.services[index].first_child = phone.services.size();
-  const json_path list = at.member("children");
-  for (std::size_t i = 0; i < children->size(); ++i)
-    if (!read_service((*children)[i], list.at(i), depth + 1, phone, check)) return false;
-  return true;
-}
 
-bool read_hid_device(const json& value, const json_path& at, description& phone,
-                     checker& check) {
-  if (!expect_object(value, at, check)) return false;
-  hid_description device;
-  bool has_page = false;
-  bool has_usage = false;
-  for (const auto& [name, item] : value.items()) {
-    const json_path here = at.member(name);
-    std::uint64_t number = 0;
-    bool ok = true;
-    if (name == "usage_page") {
-      ok = read_integer(item, here, "usage_page", 0, 0xffff, number, check);
-      device.usage_page = static_cast<std::uint32_t>(number);
-      has_page = true;
-    } else if (name == "usage") {
-      ok = read_integer(item, here, "usage", 0, 0xffff, number, check);
-      device.usage = static_cast<std::uint32_t>(number);
-      has_usage = true;
-    } else if (name == "create") {
-      ok = read_boolean(item, here, device.create, check);
-    } else if (name == "open_result") {
-      ok = read_result(item, here, device.open_result, check);
-    } else if (name == "reports") {
-      ok = read_answers(item, here, report_keys, device.reports, check);
-    } else {
-      ok = check.fail(here, "unknown key");
-    }
-    if (!ok) return false;
+  // The entries read since `mark` become the entries of `out`.
+  bool close(std::size_t mark, json_kind kind, tree_value& out) {
+    const std::size_t count = pending_.size() - mark;
+    if (count > UINT32_MAX) return false;
+    out.kind = kind;
+    out.size = static_cast<std::uint32_t>(count);
+    out.first = entries_.size();
+    entries_.insert(entries_.end(), pending_.begin() + static_cast<std::ptrdiff_t>(mark),
+                    pending_.end());
+    names_.insert(names_.end(), pending_names_.begin() + static_cast<std::ptrdiff_t>(mark),
+                  pending_names_.end());
+    pending_.resize(mark);
+    pending_names_.resize(mark);
+    return true;
   }
-  if (!has_page) return check.fail(at, "missing required key \"usage_page\"");
-  if (!has_usage) return check.fail(at, "missing required key \"usage\"");
-  phone.hid_devices.push_back(std::move(device));
-  return true;
-}
 
-bool read_phone(const json& value, description& phone, checker& check) {
-  const json_path top;
-  if (!expect_object(value, top, check)) return false;
-  for (const auto& [name, item] : value.items()) {
-    const json_path here = top.member(name);
-    if (name == "services") {
-      if (!expect_array(item, here, check)) return false;
-      for (std::size_t i = 0; i < item.size(); ++i)
-        if (!read_service(item[i], here.at(i), 0, phone, check)) return false;
-    } else if (name == "hid_devices") {
-      if (!expect_array(item, here, check)) return false;
-      for (std::size_t i = 0; i < item.size(); ++i)
-        if (!read_hid_device(item[i], here.at(i), phone, check)) return false;
-    } else {
-      return check.fail(here, "unknown key");
+  tree_value root_;
+  std::vector<tree_value> entries_;
+  std::vector<std::string_view> names_;  // of object members; "" for array items
+  // The entries of the arrays and objects being read, innermost last.
+  std::vector<tree_value> pending_;
+  std::vector<std::string_view> pending_names_;
+};
+
+class tree_items;
+class tree_members;
+
+class tree_node {
+ public:
+  tree_node(const text_tree& tree, const tree_value& value) : tree_(&tree), value_(&value) {}
+
+  json_kind kind() const { return value_->kind; }
+  std::string_view string() const { return {value_->text, value_->size}; }
+  bool boolean() const { return value_->boolean; }
+  std::int64_t integer() const { return value_->integer; }
+  std::uint64_t unsigned_integer() const { return value_->unsigned_integer; }
+  std::string number_text() const {
+    switch (value_->kind) {
+      case json_kind::integer:
+        return std::to_string(value_->integer);
+      case json_kind::unsigned_integer:
+        return std::to_string(value_->unsigned_integer);
+      default:
+        return description_reading::json_number_text(value_->floating);
     }
   }
-  return true;
-}
+  std::string ascii_text() const { return description_reading::json_ascii_text(string()); }
+  tree_items items() const;
+  tree_members members() const;
 
-// The parser's own words, without its exception name and position prefix.
-std::string syntax_problem(std::string_view what) {
-  const std::size_t column = what.find("column ");
-  if (column != std::string_view::npos) {
-    const std::size_t colon = what.find(": ", column);
-    if (colon != std::string_view::npos) what.remove_prefix(colon + 2);
-  } else if (what.starts_with('[') && what.find("] ") != std::string_view::npos) {
-    what.remove_prefix(what.find("] ") + 2);
+ private:
+  const text_tree* tree_;
+  const tree_value* value_;
+};
+
+// An array's items, or an object's members, by their place in the tree.
+class tree_entries {
+ public:
+  template <class entry>
+  class iterator {
+   public:
+    iterator(const text_tree& tree, std::size_t index) : tree_(&tree), index_(index) {}
+    entry operator*() const {
+      const tree_node value(*tree_, tree_->entry(index_));
+      if constexpr (std::is_same_v<entry, tree_node>)
+        return value;
+      else
+        return {tree_->name(index_), value};
+    }
+    iterator& operator++() {
+      ++index_;
+      return *this;
+    }
+    bool operator!=(const iterator& other) const { return index_ != other.index_; }
+
+   private:
+    const text_tree* tree_;
+    std::size_t index_;
+  };
+
+  tree_entries(const text_tree& tree, const tree_value& container)
+      : tree_(&tree), first_(container.first), size_(container.size) {}
+  std::size_t size() const { return size_; }
+
+ protected:
+  const text_tree* tree_;
+  std::size_t first_;
+  std::size_t size_;
+};
+
+class tree_items : public tree_entries {
+ public:
+  using tree_entries::tree_entries;
+  iterator<tree_node> begin() const { return {*tree_, first_}; }
+  iterator<tree_node> end() const { return {*tree_, first_ + size_}; }
+};
+
+class tree_members : public tree_entries {
+ public:
+  using member = json_member<tree_node>;
+  using tree_entries::tree_entries;
+  iterator<member> begin() const { return {*tree_, first_}; }
+  iterator<member> end() const { return {*tree_, first_ + size_}; }
+  std::optional<tree_node> find(std::string_view name) const {
+    for (std::size_t index = first_; index < first_ + size_; ++index)
+      if (tree_->name(index) == name) return tree_node(*tree_, tree_->entry(index));
+    return std::nullopt;
   }
-  return printable(what);
-}
+};
+
+tree_items tree_node::items() const { return {*tree_, *value_}; }
+tree_members tree_node::members() const { return {*tree_, *value_}; }
 
 }  // namespace
 
-parse_result parse_description(std::string_view json_text, std::string_view origin) {
-  parse_result result;
-  const std::string prefix = "tmxsim: " + printable(origin) + ": ";
-  json document;
-  try {
-    document = json::parse(json_text.begin(), json_text.end());
-  } catch (const json::parse_error& error) {
-    // The parser counts the offending byte from 1.
-    const std::size_t offset = error.byte > 0 ? error.byte - 1 : 0;
-    result.error = prefix + "invalid JSON at byte offset " + std::to_string(offset) +
-                   ": " + syntax_problem(error.what());
-    return result;
-  } catch (const json::exception& error) {
-    result.error = prefix + "invalid JSON: " + syntax_problem(error.what());
-    return result;
+static_assert(description_padding >= simdjson::SIMDJSON_PADDING);
+
+parse_result parse_description(std::string_view json, std::string_view origin, bool padded) {
+  // nlohmann::json passes over a byte order mark at the start; simdjson does not.
+  std::string_view body = json;
+  if (body.starts_with("\xef\xbb\xbf")) body.remove_prefix(3);
+  if (body.empty()) return description_reading::parse_with_nlohmann(json, origin);
+  // simdjson reads past the end of what it parses: without padding after the
+  // text, it parses a padded copy.
+  simdjson::padded_string copy;
+  simdjson::padded_string_view text(body.data(), body.size(), body.size() + description_padding);
+  if (!padded) {
+    copy = simdjson::padded_string(body);
+    text = copy;
   }
-  checker check;
-  if (!read_phone(document, result.phone, check)) {
-    result.phone = description{};
-    result.error = prefix + check.error();
-  }
-  return result;
+  ondemand::parser parser;
+  ondemand::document document;
+  text_tree tree;
+  if (parser.iterate(text).get(document) != simdjson::SUCCESS || !tree.read(document, body.size()))
+    return description_reading::parse_with_nlohmann(json, origin);
+  return description_reading::read_description(tree_node(tree, tree.root()), origin);
 }
 
 }  // namespace tmxsim

@@ -1,5 +1,10 @@
 #include "platform.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +19,66 @@ namespace {
 // A description file larger than this is refused unread.
 constexpr long max_file_size = 512L << 20;
 
+#ifdef MAP_POPULATE
+constexpr int populate = MAP_POPULATE;
+#else
+constexpr int populate = 0;
+#endif
+
+bool mappable(const struct stat& info) {
+  return S_ISREG(info.st_mode) && info.st_size > 0 && info.st_size <= max_file_size;
+}
+
+// A regular description file mapped into memory, with description_padding
+// readable bytes after it. A bulk description runs to megabytes, and copying
+// them into fresh memory would take most of the start-up. As with any mapped
+// file, one cut short while it is read ends the process with SIGBUS.
+class mapped_file {
+ public:
+  // text() is empty if the file is not mapped.
+  explicit mapped_file(const char* path) {
+    // stat first: a FIFO opened only to be looked at would lose its writer.
+    struct stat info {};
+    if (stat(path, &info) != 0 || !mappable(info)) return;
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0) return;
+    map(file);
+    close(file);
+  }
+  mapped_file(const mapped_file&) = delete;
+  mapped_file& operator=(const mapped_file&) = delete;
+  ~mapped_file() {
+    if (area_ != nullptr) munmap(area_, area_size_);
+  }
+
+  std::string_view text() const { return {static_cast<const char*>(area_), size_}; }
+
+ private:
+  void map(int file) {
+    struct stat info {};
+    const long page = sysconf(_SC_PAGESIZE);
+    if (fstat(file, &info) != 0 || !mappable(info) || page <= 0) return;
+    const auto size = static_cast<std::size_t>(info.st_size);
+    const auto page_size = static_cast<std::size_t>(page);
+    const std::size_t area_size =
+        (size + description_padding + page_size - 1) / page_size * page_size;
+    // Zero pages hold the padding; the file is mapped over their start.
+    void* area = mmap(nullptr, area_size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (area == MAP_FAILED) return;
+    if (mmap(area, size, PROT_READ, MAP_PRIVATE | MAP_FIXED | populate, file, 0) == MAP_FAILED) {
+      munmap(area, area_size);
+      return;
+    }
+    area_ = area;
+    area_size_ = area_size;
+    size_ = size;
+  }
+
+  void* area_ = nullptr;
+  std::size_t area_size_ = 0;
+  std::size_t size_ = 0;
+};
+
 // "" or the one-line error.
 std::string read_file(const char* path, std::string& text) {
   std::FILE* file = std::fopen(path, "rb");
@@ -23,7 +88,8 @@ std::string read_file(const char* path, std::string& text) {
   // description runs to megabytes.
   if (std::fseek(file, 0, SEEK_END) == 0) {
     const long size = std::ftell(file);
-    if (size > 0 && size <= max_file_size) text.reserve(static_cast<std::size_t>(size));
+    if (size > 0 && size <= max_file_size)
+      text.reserve(static_cast<std::size_t>(size) + description_padding);
     std::rewind(file);
   }
   char buffer[65536];
@@ -73,11 +139,21 @@ platform* start_platform() {
   std::atexit(free_platform);
   std::string error;
   if (const char* path = std::getenv("TMXSIM_DEVICE")) {
-    std::string text;
-    error = read_file(path, text);
-    if (error.empty()) error = install_description(*state, text, path);
+    const mapped_file mapped(path);
+    if (!mapped.text().empty()) {
+      error = install_description(*state, mapped.text(), path, true);
+    } else {
+      // Whatever is not mapped is read, and its faults named, as ever.
+      std::string text;
+      error = read_file(path, text);
+      if (error.empty()) {
+        const std::size_t size = text.size();
+        text.append(description_padding, '\0');
+        error = install_description(*state, {text.data(), size}, path, true);
+      }
+    }
   } else {
-    error = install_description(*state, embedded_default_description(), default_origin);
+    error = install_description(*state, embedded_default_description(), default_origin, true);
   }
   if (!error.empty()) stop(std::move(error));
 
@@ -123,8 +199,8 @@ void log_type_id(platform& state, const char* call, CFTypeID id) {
 }
 
 std::string install_description(platform& state, std::string_view json,
-                                 std::string_view origin) {
-  parse_result parsed = parse_description(json, origin);
+                                 std::string_view origin, bool padded) {
+  parse_result parsed = parse_description(json, origin, padded);
   state.phone.model = std::move(parsed.phone);
   reset_platform(state);
   return parsed.error;

@@ -85,9 +85,10 @@ inline CFTypeID answer_type_id(const char* call, cf_kind kind) {
 }
 
 // Replaces the phone and forgets everything handed out. Returns "" or the
-// one-line error, after which the phone has no coprocessor.
+// one-line error, after which the phone has no coprocessor. `padded` as for
+// parse_description.
 std::string install_description(platform& state, std::string_view json,
-                                 std::string_view origin);
+                                 std::string_view origin, bool padded = false);
 
 void reset_platform(platform& state);
 
