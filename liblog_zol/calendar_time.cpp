@@ -4,6 +4,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "liblog_zol/line_builder.h"
+
 namespace zol {
 namespace {
 
@@ -55,13 +57,15 @@ bool make_calendar_text(std::uint64_t microseconds, calendar_text& text) {
   // as snprintf would cut it.
   char full[sizeof text.chars + 7];
   const std::size_t clock_size = clock->size;
-  std::memcpy(full, clock->chars, clock_size);
+  // Whole arrays, in copies the compiler unrolls.
+  std::memcpy(full, clock->chars, sizeof clock->chars);
   full[clock_size] = '.';
-  std::uint64_t rest = fraction;
-  for (std::size_t digit = clock_size + 6; digit > clock_size; --digit, rest /= 10)
-    full[digit] = static_cast<char>('0' + rest % 10);
+  const auto micro = static_cast<std::uint32_t>(fraction);
+  write_pair(full + clock_size + 1, micro / 10000);
+  write_pair(full + clock_size + 3, micro / 100 % 100);
+  write_pair(full + clock_size + 5, micro % 100);
   text.size = std::min(clock_size + 7, sizeof text.chars - 1);
-  std::memcpy(text.chars, full, text.size);
+  std::memcpy(text.chars, full, sizeof text.chars);
   return true;
 }
 

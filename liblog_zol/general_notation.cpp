@@ -1,9 +1,12 @@
 #include "liblog_zol/general_notation.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+
+#include "liblog_zol/line_builder.h"
 
 namespace zol {
 namespace {
@@ -58,34 +61,42 @@ bool exact_decimal(double value, decimal& out) {
     whole |= std::uint64_t{1} << 52;
     shift = biased - 1075;
   }
-  while (shift < 0 && (whole & 1) == 0) {
-    whole >>= 1;
-    ++shift;
+  if (shift < 0) {
+    // Trailing zero bits move into the exponent.
+    const int zeros = std::min(std::countr_zero(whole), -shift);
+    whole >>= zeros;
+    shift += zeros;
   }
   if (shift < -max_fraction_bits || shift > max_whole_shift) return false;
   // Fixed-point samples keep to 64 bits: the whole part's digits, then the
   // fraction's (frac / 2^q = frac * 5^q / 10^q, below 10^19 while q <= 19).
   if (shift < 0 && shift >= -19) {
+    static constexpr std::uint64_t powers_of_5[20] = {
+        1ull, 5ull, 25ull, 125ull, 625ull, 3125ull, 15625ull, 78125ull, 390625ull,
+        1953125ull, 9765625ull, 48828125ull, 244140625ull, 1220703125ull, 6103515625ull,
+        30517578125ull, 152587890625ull, 762939453125ull, 3814697265625ull,
+        19073486328125ull};
+    static constexpr char zeros[20] = {'0', '0', '0', '0', '0', '0', '0', '0', '0', '0',
+                                       '0', '0', '0', '0', '0', '0', '0', '0', '0', '0'};
     const int q = -shift;
     const std::uint64_t int_part = whole >> q;
-    std::uint64_t fraction = (whole & ((std::uint64_t{1} << q) - 1));
-    for (int i = 0; i < q; ++i) fraction *= 5;
-    int count = 0;
-    if (int_part != 0) count = digits_of(int_part, out.digits);
-    char* const fraction_digits = out.digits + count;
-    for (int i = q - 1; i >= 0; --i, fraction /= 10)
-      fraction_digits[i] = static_cast<char>('0' + fraction % 10);
+    // Not zero: the lowest bit of `whole` is set and lies in the fraction.
+    const std::uint64_t fraction = (whole & ((std::uint64_t{1} << q) - 1)) * powers_of_5[q];
+    const auto fraction_size = static_cast<int>(decimal_size(fraction));
     if (int_part != 0) {
+      const auto count = static_cast<int>(decimal_size(int_part));
+      decimal_ending_at(out.digits + count, int_part);
+      // q digits of fraction, with its leading zeros.
+      std::memcpy(out.digits + count, zeros, sizeof zeros);
+      decimal_ending_at(out.digits + count + q, fraction);
       out.count = count + q;
       out.exponent10 = count - 1;
       return true;
     }
     // A fraction alone: its leading zeros are not digits.
-    int leading = 0;
-    while (leading < q && fraction_digits[leading] == '0') ++leading;
-    std::memmove(out.digits, fraction_digits + leading, static_cast<std::size_t>(q - leading));
-    out.count = q - leading;
-    out.exponent10 = -leading - 1;
+    decimal_ending_at(out.digits + fraction_size, fraction);
+    out.count = fraction_size;
+    out.exponent10 = fraction_size - q - 1;
     return true;
   }
   // whole * 2^-q = whole * 5^q / 10^q.
@@ -164,7 +175,7 @@ std::size_t written_size(int written) { return written > 0 ? static_cast<std::si
 std::size_t write_general(double value, char* out) {
   constexpr int significant = 6;
   decimal number;
-  if (!exact_decimal(value, number)) return written_size(std::snprintf(out, 32, "%g", value));
+  if (!exact_decimal(value, number)) return written_size(std::snprintf(out, general_room, "%g", value));
   round_to(number, significant);
   while (number.count > 1 && number.digits[number.count - 1] == '0') --number.count;
   char* p = out;

@@ -8,8 +8,12 @@
 
 namespace zol {
 
+// The room write_general() needs.
+inline constexpr std::size_t general_room = 32;
+
 // As "%g" writes it: general notation, six significant digits, trailing
-// zeros dropped. Writes at `out` (room for 32 characters); returns the size.
+// zeros dropped. Writes at `out` (room for general_room characters);
+// returns the size.
 std::size_t write_general(double value, char* out);
 
 // A JSON number that reads back as the same double: the exact decimal when

@@ -4,6 +4,7 @@
 // record, what it is and its width in the text line. A layout goes to the
 // printer with one loop, field by field.
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -13,6 +14,7 @@
 
 namespace zol {
 
+// The text printer writes the first three itself: keep them first.
 enum class field_form : std::uint8_t {
   number,    // unsigned little-endian integer of `size` bytes
   constant,  // `value`, whatever the record holds
@@ -23,6 +25,21 @@ enum class field_form : std::uint8_t {
              // the u16 there says
 };
 
+// " 'key':", the key as the text line writes it, in a fixed-size array that
+// the line copies whole.
+using item_key = std::array<char, 32>;
+
+constexpr item_key make_item_key(std::string_view key) {
+  if (key.size() + 4 > item_key{}.size()) throw "a key runs to 28 characters at most";
+  item_key text{};
+  text[0] = ' ';
+  text[1] = '\'';
+  for (std::size_t i = 0; i < key.size(); ++i) text[i + 2] = key[i];
+  text[key.size() + 2] = '\'';
+  text[key.size() + 3] = ':';
+  return text;
+}
+
 struct payload_field {
   std::string_view key;
   field_form form;
@@ -31,6 +48,7 @@ struct payload_field {
   std::uint8_t width = 0;  // 0: no width
   std::uint8_t count_at = 0;
   std::uint32_t value = 0;
+  item_key text_key = make_item_key(key);
 };
 
 constexpr payload_field number_field(std::string_view key, std::uint8_t offset,

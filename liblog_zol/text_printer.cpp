@@ -1,6 +1,8 @@
 #include "liblog_zol/text_printer.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 
 #include "liblog_zol/calendar_time.h"
@@ -39,10 +41,19 @@ struct word_text {
 
 class word_texts {
  public:
-  // The text kept for `word`, or null.
-  const word_text* find(std::uint32_t word) const noexcept {
+  static constexpr std::size_t room = sizeof word_text::chars;
+
+  // Writes the text kept for `word` at `out` (room for `room`) and returns
+  // its end, or null: the whole fixed-size array in copies the compiler
+  // unrolls, rather than a library call.
+  char* write(std::uint32_t word, char* out) const noexcept {
     const word_text& entry = entries_[slot(word)];
-    return entry.valid && entry.word == word ? &entry : nullptr;
+    if (!entry.valid || entry.word != word) return nullptr;
+    // Most texts are shorter than this.
+    constexpr std::size_t most = 112;
+    std::memcpy(out, entry.chars, most);
+    if (entry.size > most) std::memcpy(out + most, entry.chars + most, room - most);
+    return out + entry.size;
   }
   void keep(std::uint32_t word, std::string_view text) noexcept {
     word_text& entry = entries_[slot(word)];
@@ -66,26 +77,96 @@ thread_local word_texts header_texts;
 // The type ids and the key of the byte list, by the whole word.
 thread_local word_texts type_id_texts;
 
+// The room write_number() may use: the key goes in whole, the spaces 16 at
+// a time.
+constexpr std::size_t number_room(std::size_t width) {
+  return item_key{}.size() + std::max<std::size_t>(width, 20) + 1 + sizeof spaces;
+}
+
+// The whole array, then the pointer moved past the key's text.
+[[gnu::always_inline]] inline char* write_item_key(char* out, const item_key& key,
+                                                   std::size_t key_size) {
+  std::memcpy(out, key.data(), key.size());
+  return out + key_size + 4;
+}
+
+constexpr std::string_view timestamp_name = "timestamp";
+constexpr std::string_view sequence_name = "sequence_num";
+constexpr item_key timestamp_key = make_item_key(timestamp_name);
+constexpr item_key sequence_key = make_item_key(sequence_name);
+
+// `value` right-aligned in `width` and ",", written at `out` (room for
+// number_room()); returns the end. The value most fields are.
+[[gnu::always_inline]] inline char* write_number(char* out, std::size_t width,
+                                                 std::uint64_t value) {
+  // The least value wider than each width up to 16; zero has one digit.
+  static constexpr std::uint64_t too_wide[17] = {
+      0ull, 10ull, 100ull, 1000ull, 10000ull, 100000ull, 1000000ull, 10000000ull,
+      100000000ull, 1000000000ull, 10000000000ull, 100000000000ull, 1000000000000ull,
+      10000000000000ull, 100000000000000ull, 1000000000000000ull, 10000000000000000ull};
+  if (width < std::size(too_wide) && value < too_wide[width]) {
+    // Fills its width: spaces, then the digits over their end.
+    std::memcpy(out, spaces, sizeof spaces);
+    char* const end = out + width;
+    decimal_ending_at(end, value);
+    *end = ',';
+    return end + 1;
+  }
+  const std::size_t size = decimal_size(value);
+  if (width > size) {
+    const std::size_t padding = width - size;
+    std::memcpy(out, spaces, sizeof spaces);
+    for (std::size_t done = sizeof spaces; done < padding; done += sizeof spaces)
+      std::memcpy(out + done, spaces, sizeof spaces);
+    out += padding;
+  }
+  char* const end = out + size;
+  decimal_ending_at(end, value);
+  *end = ',';
+  return end + 1;
+}
+
+// `value` in lowercase hexadecimal between apostrophes and ",", written at
+// `out` (room for number_room()); the width pads the opening apostrophe
+// alone. Returns the end.
+[[gnu::always_inline]] inline char* write_hex(char* out, std::size_t width,
+                                              std::uint32_t value) {
+  static constexpr char hex_digits[] = "0123456789abcdef";
+  // Two digits a byte.
+  static constexpr std::array<char, 512> hex_pairs = [] {
+    std::array<char, 512> pairs{};
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+      pairs[2 * byte] = hex_digits[byte >> 4];
+      pairs[2 * byte + 1] = hex_digits[byte & 0xf];
+    }
+    return pairs;
+  }();
+  if (width > 1) {
+    const std::size_t padding = width - 1;
+    for (std::size_t done = 0; done < padding; done += sizeof spaces)
+      std::memcpy(out + done, spaces, sizeof spaces);
+    out += padding;
+  }
+  *out++ = '\'';
+  char* const end = out + (std::bit_width(value | 1u) + 3) / 4;
+  char* digit = end;
+  for (; digit - out >= 2; value >>= 8) {
+    digit -= 2;
+    std::memcpy(digit, hex_pairs.data() + 2 * (value & 0xff), 2);
+  }
+  if (digit != out) *out = hex_digits[value & 0xf];
+  end[0] = '\'';
+  end[1] = ',';
+  return end + 2;
+}
+
 }  // namespace
 
-// The item most payload fields are.
 [[gnu::always_inline]] inline void text_printer::number_item(std::string_view key,
                                                               std::uint8_t width,
                                                               std::uint64_t value) {
-  // The key, the number in its width and the comma in one go.
-  char digits[20];
-  char* const digits_end = digits + sizeof digits;
-  const char* const start = decimal_ending_at(digits_end, value);
-  const auto size = static_cast<std::size_t>(digits_end - start);
-  const std::size_t padding = width > size ? width - size : 0;
-  // The spaces go in by 16-byte copies: room for the last past the item.
-  char* out = write_key(line_.reserve(key.size() + 4 + padding + size + 1 + sizeof spaces), key);
-  for (std::size_t done = 0; done < padding; done += sizeof spaces)
-    std::memcpy(out + done, spaces, sizeof spaces);
-  out += padding;
-  copy_short(out, start, size);
-  out[size] = ',';
-  line_.commit(out + size + 1);
+  char* const out = write_key(line_.reserve(key.size() + number_room(width)), key);
+  line_.commit(write_number(out, width, value));
 }
 
 // Inlined into the table loop, where most items are written.
@@ -98,9 +179,6 @@ thread_local word_texts type_id_texts;
   line_ << key_text{key};
   line_.width(width);
   switch (value.kind) {
-    case value_kind::unsigned_number:
-      line_ << value.number;
-      break;
     case value_kind::signed_number:
       line_.signed_value(value.signed_number());
       break;
@@ -120,6 +198,8 @@ thread_local word_texts type_id_texts;
     case value_kind::byte_list:
       line_ << byte_list{value.bytes};
       break;
+    case value_kind::unsigned_number:  // written above
+      break;
   }
   line_.put(',');
 }
@@ -128,8 +208,8 @@ void text_printer::begin(const record_header& header) {
   line_.clear();
   type_word_ = header.type_word;
   const std::uint32_t names_word = header.type_word >> 8;
-  if (const word_text* kept = header_texts.find(names_word)) {
-    line_.append({kept->chars, kept->size});
+  if (char* const kept = header_texts.write(names_word, line_.reserve(word_texts::room))) {
+    line_.commit(kept);
   } else {
     const header_names names = header.names();
     line_ << "{ ";
@@ -139,40 +219,69 @@ void text_printer::begin(const record_header& header) {
     }
     header_texts.keep(names_word, line_.view());
   }
-  number_item("timestamp", number_width, header.timestamp);
-  number_item("sequence_num", number_width, header.sequence_number);
+  char* out = line_.reserve(2 * number_room(number_width));
+  out = write_item_key(out, timestamp_key, timestamp_name.size());
+  out = write_number(out, number_width, header.timestamp);
+  out = write_item_key(out, sequence_key, sequence_name.size());
+  line_.commit(write_number(out, number_width, header.sequence_number));
 }
 
 void text_printer::field(std::string_view key, std::uint8_t width, const field_value& value) {
   item(key, width, value);
 }
 
-// A loop of its own over the table, without a call per field.
+// A loop of its own over the table. Numbers and hex words, most fields,
+// come straight from the record, written through a pointer of the loop's
+// own: the line's members are read once a run, not again after every
+// character stored.
 void text_printer::fields(const profile_record& record, std::span<const payload_field> layout) {
   const byte_reader& bytes = record.bytes();
+  char* out = line_.reserve(0);
+  const char* limit = line_.limit();
   for (const payload_field& field : layout) {
-    // Numbers straight from the record: most fields are.
+    // number, constant and hex come first in field_form.
+    if (field.form > field_form::hex) {
+      line_.commit(out);
+      item(field.key, field.width, payload_value(record, field));
+      out = line_.reserve(0);
+      limit = line_.limit();
+      continue;
+    }
+    const std::size_t room = number_room(field.width);
+    if (static_cast<std::size_t>(limit - out) < room) [[unlikely]] {
+      line_.commit(out);
+      out = line_.reserve(room);
+      limit = line_.limit();
+    }
+    out = write_item_key(out, field.text_key, field.key.size());
+    if (field.form == field_form::hex) {
+      out = write_hex(out, field.width, bytes.u32(field.offset));
+      continue;
+    }
+    std::uint64_t value = field.value;
     if (field.form == field_form::number) {
-      std::uint64_t value;
       switch (field.size) {
         case 1: value = bytes.u8(field.offset); break;
         case 2: value = bytes.u16(field.offset); break;
         case 4: value = bytes.u32(field.offset); break;
         default: value = bytes.u64(field.offset); break;
       }
-      number_item(field.key, field.width, value);
-    } else {
-      item(field.key, field.width, payload_value(record, field));
     }
+    out = write_number(out, field.width, value);
   }
+  line_.commit(out);
 }
-
 
 void text_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {
   // "type-id" twice: first the whole word, last the type id alone.
   const std::uint32_t word = type_word_;
-  if (const word_text* kept = type_id_texts.find(word)) {
-    line_.append({kept->chars, kept->size});
+  calendar_text text;
+  constexpr std::string_view calendar_key = ", 'calendar-time':'";
+  const std::size_t room = word_texts::room + byte_list_room(bytes.size()) +
+                           calendar_key.size() + sizeof text.chars + 2;
+  char* out = line_.reserve(room);
+  if (char* const kept = type_id_texts.write(word, out)) {
+    out = kept;
   } else {
     const std::size_t start = line_.view().size();
     line_ << key_text{"type-id"} << word << ",";
@@ -182,12 +291,18 @@ void text_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t*
     line_ << key_text{"type-id"} << (word & 0xff) << ",";
     line_ << key_text{"binary-data"};
     type_id_texts.keep(word, line_.view().substr(start));
+    out = line_.reserve(room);
   }
-  line_ << byte_list{bytes};
-  calendar_text text;
-  if (calendar && make_calendar_text(*calendar, text))
-    line_ << "," << key_text{"calendar-time"} << quoted_text{text.view()};
-  line_ << "}";
+  out = write_byte_list(out, bytes);
+  if (calendar && make_calendar_text(*calendar, text)) {
+    std::memcpy(out, calendar_key.data(), calendar_key.size());
+    out += calendar_key.size();
+    std::memcpy(out, text.chars, sizeof text.chars);
+    out += text.size;
+    *out++ = '\'';
+  }
+  *out++ = '}';
+  line_.commit(out);
 }
 
 }  // namespace zol

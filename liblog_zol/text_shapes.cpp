@@ -31,7 +31,48 @@ static_assert(std::endian::native == std::endian::little, "the characters are st
 
 std::size_t text_size(std::uint64_t text) { return static_cast<std::size_t>(text >> 56); }
 
+// The byte's text and comma at `out`; returns their end.
+char* write_byte(char* out, std::uint8_t byte) noexcept {
+  const std::uint64_t text = byte_texts[byte];
+  const auto chars = static_cast<std::uint32_t>(text);
+  std::memcpy(out, &chars, sizeof chars);
+  return out + text_size(text);
+}
+
+// "d,d,d,d," of four bytes below ten at `out`; returns its end.
+char* write_small_four(char* out, std::uint32_t four) noexcept {
+  std::uint64_t spread = four;
+  spread = (spread | spread << 16) & 0x0000ffff0000ffffull;
+  spread = (spread | spread << 8) & 0x00ff00ff00ff00ffull;
+  spread += 0x2c302c302c302c30ull;  // '0' on each digit, ',' after it
+  std::memcpy(out, &spread, sizeof spread);
+  return out + sizeof spread;
+}
+
 }  // namespace
+
+char* write_byte_list(char* out, std::span<const std::uint8_t> bytes) noexcept {
+  *out++ = '[';
+  const std::uint8_t* in = bytes.data();
+  const std::uint8_t* const end = in + bytes.size();
+  const std::uint8_t* const last_four = in + bytes.size() / 4 * 4;
+  // Most bytes of a record are below ten: four such make "d,d,d,d," at once.
+  // A lane at 0x8a or more carries into the next, but has its top bit set.
+  for (; in != last_four; in += 4) {
+    std::uint32_t four;
+    std::memcpy(&four, in, sizeof four);
+    if (((four | (four + 0x76767676u)) & 0x80808080u) == 0) {
+      out = write_small_four(out, four);
+      continue;
+    }
+    for (int i = 0; i < 4; ++i) out = write_byte(out, in[i]);
+  }
+  for (; in != end; ++in) out = write_byte(out, *in);
+  // The last comma, if any, becomes the closing bracket.
+  if (!bytes.empty()) --out;
+  *out++ = ']';
+  return out;
+}
 
 line_builder& operator<<(line_builder& line, byte_list shape) {
   const std::size_t count = shape.bytes.size();
@@ -40,18 +81,7 @@ line_builder& operator<<(line_builder& line, byte_list shape) {
     for (const std::uint8_t byte : shape.bytes) size += text_size(byte_texts[byte]);
     line.begin_value(size);
   }
-  char* const start = line.reserve(4 * count + 2);
-  char* out = start;
-  *out++ = '[';
-  for (const std::uint8_t byte : shape.bytes) {
-    const std::uint32_t chars = static_cast<std::uint32_t>(byte_texts[byte]);
-    std::memcpy(out, &chars, sizeof chars);
-    out += text_size(byte_texts[byte]);
-  }
-  // The last comma, if any, becomes the closing bracket.
-  if (count) --out;
-  *out++ = ']';
-  line.commit(out);
+  line.commit(write_byte_list(line.reserve(byte_list_room(count)), shape.bytes));
   return line;
 }
 

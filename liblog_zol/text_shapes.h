@@ -29,6 +29,12 @@ struct byte_list {
 
 line_builder& operator<<(line_builder& line, byte_list shape);
 
+// The room write_byte_list() needs for `count` bytes.
+constexpr std::size_t byte_list_room(std::size_t count) { return 4 * count + 2; }
+
+// The list at `out`; returns its end.
+char* write_byte_list(char* out, std::span<const std::uint8_t> bytes) noexcept;
+
 // Keys and names are written many times a line: inline.
 
 // Writes " 'key':" at `out` (room for the key and 4); returns its end.

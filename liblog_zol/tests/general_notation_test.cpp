@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "liblog_zol/general_notation.h"
@@ -43,6 +46,20 @@ TEST(general_notation, six_significant_digits_as_the_c_library_writes) {
       {0.1, "0.1"},
   };
   for (const auto& test : cases) EXPECT_EQ(general(test.value), test.text) << test.value;
+}
+
+// Fixed-point samples, the records' doubles, over every binary point the
+// fast path takes and beyond, against the C library.
+TEST(general_notation, fixed_point_values_as_the_c_library_writes_them) {
+  for (int shift = 0; shift <= 40; ++shift) {
+    for (std::int64_t raw = -40000000; raw <= 40000000; raw += 99991) {
+      const double value = static_cast<double>(raw) / static_cast<double>(std::int64_t{1} << shift);
+      char expected[32];
+      std::snprintf(expected, sizeof expected, "%g", value);
+      ASSERT_EQ(general(value), expected) << raw << " / 2^" << shift;
+      EXPECT_EQ(std::strtod(round_trip(value).c_str(), nullptr), value) << raw << " / 2^" << shift;
+    }
+  }
 }
 
 TEST(general_notation, json_numbers_read_back_exactly) {
