@@ -1,7 +1,6 @@
 // A harvest capture through the reader: every record comes from a profile
 // line, in order, and a fault names a profile line after the last record.
 
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
@@ -36,13 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     last = record.line;
   }
-  if (records->next(record) || records->form() != inspect::input_form::harvest) __builtin_trap();
-  if (const auto& fault = records->fault()) {
-    std::uint64_t number = 0;
-    const std::string_view where = fault->where;
-    if (!where.starts_with("line ") || fault->fault.empty()) __builtin_trap();
-    std::from_chars(where.data() + 5, where.data() + where.size(), number);
-    if (number <= last || !is_profile_line(lines, number)) __builtin_trap();
-  }
+  check_reader_end(*records, record, inspect::input_form::harvest, last,
+                   [&](std::uint64_t number) { return is_profile_line(lines, number); });
   return 0;
 }

@@ -3,6 +3,7 @@
 // The lines of a fuzz input, to check what a line reader says against.
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -21,4 +22,20 @@ inline std::vector<std::string_view> lines_of(std::string_view text) {
 inline bool line_starts_with(const std::vector<std::string_view>& lines, std::uint64_t number,
                              std::string_view prefix) {
   return number >= 1 && number <= lines.size() && lines[number - 1].starts_with(prefix);
+}
+
+// After the last record of `records`, which the fuzz target read up to line
+// `last`: the reader stays at its end and keeps `form`, and a fault names a
+// later line that `may_fail` takes for one the reader could refuse.
+template <class reader, class record_type, class form_type, class line_check>
+void check_reader_end(reader& records, record_type& record, form_type form, std::uint64_t last,
+                      line_check may_fail) {
+  if (records.next(record) || records.form() != form) __builtin_trap();
+  if (const auto& fault = records.fault()) {
+    std::uint64_t number = 0;
+    const std::string_view where = fault->where;
+    if (!where.starts_with("line ") || fault->fault.empty()) __builtin_trap();
+    std::from_chars(where.data() + 5, where.data() + where.size(), number);
+    if (number <= last || !may_fail(number)) __builtin_trap();
+  }
 }
