@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <charconv>
+#include <cstdint>
 #include <ctime>
 
 #include "liblog_zol/general_notation.h"
@@ -16,16 +17,15 @@ namespace zol {
 namespace {
 
 // The writers below put text at a cursor inside room reserved beforehand.
+// Short texts inline, without a library call.
 void put(char*& p, std::string_view text) {
-  std::memcpy(p, text.data(), text.size());
+  copy_short(p, text.data(), text.size());
   p += text.size();
 }
 
 void put_unsigned(char*& p, std::uint64_t value) {
-  char digits[20];
-  char* const end = digits + sizeof digits;
-  const char* const start = decimal_ending_at(end, value);
-  put(p, {start, static_cast<std::size_t>(end - start)});
+  p += decimal_size(value);
+  decimal_ending_at(p, value);
 }
 
 void put_signed(char*& p, std::int64_t value) {
@@ -83,6 +83,37 @@ void put_snake_case(char*& p, std::string_view key) {
     }
     previous = c;
   }
+}
+
+// The snake_case text of the keys seen last, by where they lie: keys are the
+// decoders' table entries and literals, so a key is always at one address.
+struct snake_key {
+  const char* data = nullptr;
+  std::size_t size = 0;
+  std::size_t snake_size = 0;
+  char snake[64];
+};
+
+constexpr std::size_t cached_key_size = sizeof snake_key::snake / 2;
+thread_local std::array<snake_key, 256> snake_keys;
+
+// At most twice the key's size, and room for 64 characters.
+void put_key(char*& p, std::string_view key) {
+  if (key.size() > cached_key_size) {
+    put_snake_case(p, key);
+    return;
+  }
+  const auto address = reinterpret_cast<std::uintptr_t>(key.data());
+  snake_key& entry = snake_keys[(address ^ (address >> 8)) % snake_keys.size()];
+  if (entry.data != key.data() || entry.size != key.size()) {
+    char* end = entry.snake;
+    put_snake_case(end, key);
+    entry.data = key.data();
+    entry.size = key.size();
+    entry.snake_size = static_cast<std::size_t>(end - entry.snake);
+  }
+  std::memcpy(p, entry.snake, sizeof entry.snake);
+  p += entry.snake_size;
 }
 
 struct local_second {
@@ -202,14 +233,17 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
   for (std::size_t i = 0; i < seen_count_; ++i) {
     const std::string_view seen = seen_[i].key;
     // Most keys differ in size or first letter; a repeat is often the same row.
-    if (seen.size() == key.size() && (seen.data() == key.data() || same_text(seen, key))) {
+    // Keys of one size often differ only at the end ("arg1", "arg2").
+    if (seen.size() == key.size() &&
+        (seen.data() == key.data() ||
+         (!key.empty() && seen.back() == key.back() && same_text(seen, key)))) {
       repeat = ++seen_[i].count;
       break;
     }
   }
   if (repeat == 1 && seen_count_ < std::size(seen_)) seen_[seen_count_++] = {key, 1};
 
-  std::size_t room = 2 * key.size() + 32;
+  std::size_t room = 2 * key.size() + sizeof snake_key::snake + 32;
   switch (value.kind) {
     case value_kind::name:
     case value_kind::text: room += string_room(value.text.size()); break;
@@ -219,7 +253,7 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
   if (!first_field_) *p++ = ',';
   first_field_ = false;
   *p++ = '"';
-  put_snake_case(p, key);
+  put_key(p, key);
   if (repeat > 1) {
     *p++ = '_';
     put_unsigned(p, repeat);
