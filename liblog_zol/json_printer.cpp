@@ -40,7 +40,6 @@ constexpr std::size_t string_room(std::size_t size) { return 6 * size + 2; }
 // code point of the same value, so the string is valid JSON and the bytes
 // can be had back.
 void put_string(char*& p, std::string_view text) {
-  static constexpr char hex[] = "0123456789abcdef";
   *p++ = '"';
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
@@ -49,8 +48,8 @@ void put_string(char*& p, std::string_view text) {
       *p++ = c;
     } else if (byte < 0x20 || byte >= 0x7f) {
       put(p, "\\u00");
-      *p++ = hex[byte >> 4];
-      *p++ = hex[byte & 0xf];
+      *p++ = hex_digits[byte >> 4];
+      *p++ = hex_digits[byte & 0xf];
     } else {
       *p++ = c;
     }

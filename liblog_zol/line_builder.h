@@ -18,6 +18,8 @@
 #include <string>
 #include <string_view>
 
+#include "liblog_zol/digit_tables.h"
+
 namespace zol {
 
 // Longer copies, out of line.
@@ -37,11 +39,6 @@ inline void copy_short(char* out, const char* in, std::size_t count) noexcept {
     copy_long(out, in, count);
   }
 }
-
-inline constexpr char decimal_pairs[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-    "8081828384858687888990919293949596979899";
 
 // Two digits of `value` (below 100) at `out`.
 inline void write_pair(char* out, std::uint32_t value) noexcept {
@@ -80,15 +77,9 @@ inline char* decimal_ending_at(char* end, std::uint64_t value) noexcept {
 
 // The count of decimal digits of `value`.
 inline std::size_t decimal_size(std::uint64_t value) noexcept {
-  // The least value of each size; zero has one digit.
-  static constexpr std::uint64_t least[20] = {
-      0ull, 10ull, 100ull, 1000ull, 10000ull, 100000ull, 1000000ull, 10000000ull,
-      100000000ull, 1000000000ull, 10000000000ull, 100000000000ull, 1000000000000ull,
-      10000000000000ull, 100000000000000ull, 1000000000000000ull, 10000000000000000ull,
-      100000000000000000ull, 1000000000000000000ull, 10000000000000000000ull};
   // 1233 / 4096 is just above log10(2): the guess is the size or one less.
   const auto guess = static_cast<std::size_t>(std::bit_width(value | 1) * 1233 >> 12);
-  return guess + (value >= least[guess] ? 1 : 0);
+  return guess + (value >= decimal_least[guess] ? 1 : 0);
 }
 
 class line_builder {
@@ -200,7 +191,6 @@ class line_builder {
       text = {start, static_cast<std::size_t>(end - start)};
     } else {
       // Lowercase hex digits, no prefix.
-      static constexpr char hex_digits[] = "0123456789abcdef";
       char* start = end;
       do {
         *--start = hex_digits[value & 0xf];

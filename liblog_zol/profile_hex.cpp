@@ -1,12 +1,12 @@
 #include "liblog_zol/ZOLProfile.h"
+
+#include <cstring>
+
 #include "liblog_zol/byte_reader.h"
+#include "liblog_zol/digit_tables.h"
 
 void write_profile_hex(char* out, const std::uint8_t* record) {
-  static constexpr char digits[] = "0123456789abcdef";
   const byte_reader bytes(record, profile_record_size);
-  for (std::size_t i = 0; i < profile_record_size; ++i) {
-    const std::uint8_t byte = bytes.u8(i);
-    *out++ = digits[byte >> 4];
-    *out++ = digits[byte & 0xf];
-  }
+  for (std::size_t i = 0; i < profile_record_size; ++i, out += 2)
+    std::memcpy(out, zol::hex_pairs.data() + 2 * bytes.u8(i), 2);
 }

@@ -99,12 +99,8 @@ constexpr item_key sequence_key = make_item_key(sequence_name);
 // number_room()); returns the end. The value most fields are.
 [[gnu::always_inline]] inline char* write_number(char* out, std::size_t width,
                                                  std::uint64_t value) {
-  // The least value wider than each width up to 16; zero has one digit.
-  static constexpr std::uint64_t too_wide[17] = {
-      0ull, 10ull, 100ull, 1000ull, 10000ull, 100000ull, 1000000ull, 10000000ull,
-      100000000ull, 1000000000ull, 10000000000ull, 100000000000ull, 1000000000000ull,
-      10000000000000ull, 100000000000000ull, 1000000000000000ull, 10000000000000000ull};
-  if (width < std::size(too_wide) && value < too_wide[width]) {
+  // Fits a width the spaces cover when below the least value one digit wider.
+  if (width <= sizeof spaces && value < decimal_least[width]) {
     // Fills its width: spaces, then the digits over their end.
     std::memcpy(out, spaces, sizeof spaces);
     char* const end = out + width;
@@ -131,16 +127,6 @@ constexpr item_key sequence_key = make_item_key(sequence_name);
 // alone. Returns the end.
 [[gnu::always_inline]] inline char* write_hex(char* out, std::size_t width,
                                               std::uint32_t value) {
-  static constexpr char hex_digits[] = "0123456789abcdef";
-  // Two digits a byte.
-  static constexpr std::array<char, 512> hex_pairs = [] {
-    std::array<char, 512> pairs{};
-    for (std::size_t byte = 0; byte < 256; ++byte) {
-      pairs[2 * byte] = hex_digits[byte >> 4];
-      pairs[2 * byte + 1] = hex_digits[byte & 0xf];
-    }
-    return pairs;
-  }();
   if (width > 1) {
     const std::size_t padding = width - 1;
     for (std::size_t done = 0; done < padding; done += sizeof spaces)
