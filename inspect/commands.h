@@ -12,4 +12,17 @@ int run_decode(const stream_options& options, bool hex);
 // One JSON object per record (JSON Lines).
 int run_records(const stream_options& options);
 
+// What the whole-capture subcommands are given.
+struct capture_settings {
+  std::string input = "-";
+  std::optional<int> year;
+  std::string output = "-";
+};
+
+// A phone description that prints the capture again.
+int run_phone(const capture_settings& settings);
+
+// The whole capture as one JSON document.
+int run_report(const capture_settings& settings);
+
 }  // namespace inspect

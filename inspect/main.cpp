@@ -50,6 +50,19 @@ bool finish_settings(common_settings& settings) {
   return true;
 }
 
+void add_capture_options(CLI::App& command, inspect::capture_settings& settings) {
+  command.add_option("capture", settings.input,
+                     "What kelvra --harvest printed (standard error merged or not); - for standard "
+                     "input; .gz too")
+      ->capture_default_str();
+  command.add_option("--year", settings.year,
+                     "The year of the capture's calendar times (default: the latest that fits, "
+                     "back from this one)")
+      ->check(CLI::Range(1971, 9999));
+  command.add_option("-o,--output", settings.output, "Where to write it; - for standard output")
+      ->capture_default_str();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -69,6 +82,15 @@ int main(int argc, char** argv) {
       "records", "One JSON object per record (JSON Lines), for DuckDB, Spark, jq");
   add_common(*records, records_settings);
 
+  inspect::capture_settings phone_settings;
+  CLI::App* phone = app.add_subcommand(
+      "phone", "A phone description that, harvested under the same TZ, prints the capture again");
+  add_capture_options(*phone, phone_settings);
+
+  inspect::capture_settings report_settings;
+  CLI::App* report = app.add_subcommand("report", "The whole capture as one JSON document");
+  add_capture_options(*report, report_settings);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -80,6 +102,8 @@ int main(int argc, char** argv) {
     if (!finish_settings(decode_settings)) return 2;
     return inspect::run_decode(decode_settings.stream, hex);
   }
+  if (phone->parsed()) return inspect::run_phone(phone_settings);
+  if (report->parsed()) return inspect::run_report(report_settings);
   if (!finish_settings(records_settings)) return 2;
   return inspect::run_records(records_settings.stream);
 }

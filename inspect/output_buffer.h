@@ -34,4 +34,8 @@ class output_buffer {
   bool failed_ = false;
 };
 
+// The whole text to `path`, "-" for standard output; the exit status, 2
+// after a line on standard error when it cannot be written.
+int write_output(const std::string& path, std::string_view text);
+
 }  // namespace inspect

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "kelvra/harvest_texts.h"
 #include "kelvra/step_output.h"
 #include "quandor/printers.h"
 #include "quandor/profile_retrieval.h"
@@ -17,31 +18,10 @@ constexpr const char* button_service = "zol-button";
 constexpr const char* request_failed = "kr == 0 ";
 
 constexpr std::uint32_t stats_command = 215;
-constexpr std::int64_t line_stats_failed = 130;
-constexpr const char* stats_banner = "==========kelvra get-stats==============";
-
 constexpr std::uint32_t assets_command = 216;
-constexpr std::int64_t line_assets_failed = 189;
-constexpr const char* assets_banner =
-    "==========kelvra zol-button get-assets==============";
-
-constexpr const char* profile_banner =
-    "==========kelvra zol-button profile==============";
 constexpr unsigned profile_decoded = 1;
 
-struct state_request {
-  const char* banner;
-  const char* service;
-  std::uint32_t command;
-  std::int64_t failure_line;
-};
-
-constexpr state_request state_requests[] = {
-    {"==========kelvra lyn 0xd0==============", "lyn", 208, 148},
-    {"==========kelvra btmspk 0xd0==============", "btmspk", 208, 153},
-    {"==========kelvra zol-button 0xd0==============", "zol-button", 208, 159},
-    {"==========kelvra zol-button 0xd1==============", "zol-button", 209, 164},
-};
+using namespace harvest_texts;
 
 // A printer is given no more than the buffer holds, whatever the driver says.
 std::uint64_t printable(std::span<const std::uint8_t> buffer, std::size_t length) {
@@ -52,7 +32,7 @@ std::uint64_t printable(std::span<const std::uint8_t> buffer, std::size_t length
 // banner, then its printer.
 template <std::size_t capacity>
 void button_report(std::uint32_t command, std::int64_t failure_line,
-                   const char* banner, dump_fn printer) {
+                   std::string_view banner, dump_fn printer) {
   std::array<std::uint8_t, capacity> buffer{};
   std::size_t length = buffer.size();
   const kern_return_t kr =

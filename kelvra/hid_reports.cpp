@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "kelvra/collector.h"
+#include "kelvra/harvest_texts.h"
 #include "kelvra/step_output.h"
 #include "quandor/hexdump.h"
 #include "quandor/service.h"
@@ -16,26 +17,7 @@ namespace {
 constexpr std::int32_t vendor_usage_page = 0xFF00;
 constexpr std::int32_t button_usage = 0x0020;
 
-constexpr std::int64_t line_no_pairs = 211;
-constexpr std::int64_t line_no_matching = 215;
-constexpr std::int64_t line_no_service = 221;
-constexpr std::int64_t line_no_device = 224;
-constexpr std::int64_t line_open_failed = 227;
-
-struct feature_report {
-  CFIndex id;
-  const char* banner;
-  std::int64_t failure_line;
-};
-
-constexpr feature_report feature_reports[] = {
-    {0xe0, "==============feedscope get 0xe0 -u 0xFF00,0x0020===============", 232},
-    {0xb4, "==============feedscope get 0xb4 -u 0xFF00,0x0020===============", 238},
-    {0xe1, "==============feedscope get 0xe1 -u 0xFF00,0x0020===============", 244},
-    {0xe2, "==============feedscope get 0xe2 -u 0xFF00,0x0020===============", 250},
-    {0xe3, "==============feedscope get 0xe3 -u 0xFF00,0x0020===============", 256},
-    {0xe4, "==============feedscope get 0xe4 -u 0xFF00,0x0020===============", 262},
-};
+using namespace harvest_texts;
 
 // { "DeviceUsagePairs": [ { "DeviceUsagePage": 0xFF00, "DeviceUsage": 0x20 } ] }
 CFDictionaryRef button_usage_pairs() {
@@ -82,7 +64,7 @@ void dump_hid_reports() {
   const io_service_t service =
       IOServiceGetMatchingService(kIOMainPortDefault, matching);
   if (service == 0) {
-    kelvra_bail("service", line_no_service, 0);
+    kelvra_bail("service", line_no_device_service, 0);
     CFRelease(pairs);
     return;
   }
@@ -96,7 +78,7 @@ void dump_hid_reports() {
 
   const IOReturn result = IOHIDDeviceOpen(device, kIOHIDOptionsTypeNone);
   if (result != kIOReturnSuccess)
-    kelvra_bail("result == 0 ", line_open_failed, result);
+    kelvra_bail("result == 0 ", line_device_open_failed, result);
   else
     dump_feature_reports(device);
 

@@ -2,6 +2,11 @@
 
 #include "quandor/printers.h"
 
+#include <span>
+#include <string_view>
+
+#include "quandor/layouts/record_layouts.h"
+
 namespace {
 
 // Later rows replace earlier ones for the commands they share.
@@ -26,6 +31,14 @@ std::map<std::uint32_t, dump_fn> build_dump_registry() {
   return registry;
 }
 
+// Code i names names[i]; each pair is inserted at the end, in code order.
+std::map<std::uint32_t, std::string> numbered(std::span<const std::string_view> names) {
+  std::map<std::uint32_t, std::string> table;
+  for (std::uint32_t code = 0; code < names.size(); ++code)
+    table.emplace_hint(table.end(), code, names[code]);
+  return table;
+}
+
 }  // namespace
 
 // Kept together and in this order: within one translation unit they are
@@ -33,16 +46,5 @@ std::map<std::uint32_t, dump_fn> build_dump_registry() {
 std::string hex_prefix = "0x";
 std::string dec_prefix = "0d";
 std::map<std::uint32_t, dump_fn> dump_registry = build_dump_registry();
-std::map<std::uint32_t, std::string> click_speed_names = {
-    {0, "Slow"},
-    {1, "Medium"},
-    {2, "Fast"},
-};
-std::map<std::uint32_t, std::string> button_state_names = {
-    {0, "SingleDown"},   {1, "SingleUp"},      {2, "DoubleDown"},
-    {3, "DoubleUp"},     {4, "TripleDown"},    {5, "TripleUp"},
-    {6, "SingleTapOn"},  {7, "SingleTapOff"},  {8, "DoubleTapOn"},
-    {9, "DoubleTapOff"}, {10, "TripleTapOn"},  {11, "TripleTapOff"},
-    {12, "DeepDown"},    {13, "DeepUp"},       {14, "LongPress"},
-    {15, "LongPressUp"},
-};
+std::map<std::uint32_t, std::string> click_speed_names = numbered(layouts::click_speeds);
+std::map<std::uint32_t, std::string> button_state_names = numbered(layouts::button_states);
