@@ -12,6 +12,11 @@ int run_decode(const stream_options& options, bool hex);
 // One JSON object per record (JSON Lines).
 int run_records(const stream_options& options);
 
+// The views of a whole capture (inspect/views/): Trace Event JSON, a
+// summary as text or JSON, an HTML timeline. `harvest` counts from 1.
+enum class capture_view { trace, summary, summary_json, timeline };
+int run_capture_view(const stream_options& options, capture_view view, std::size_t harvest);
+
 // What the whole-capture subcommands are given.
 struct capture_settings {
   std::string input = "-";

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <tuple>
 
 #include "inspect/commands.h"
 
@@ -63,6 +64,30 @@ void add_capture_options(CLI::App& command, inspect::capture_settings& settings)
       ->capture_default_str();
 }
 
+// The views of a whole capture: its input, clock and harvest.
+struct view_settings {
+  common_settings common;
+  std::size_t harvest = 1;
+};
+
+void add_view_options(CLI::App& command, view_settings& settings) {
+  command.add_option("capture", settings.common.stream.input,
+                     "What kelvra --harvest printed (standard error merged or not); - for standard "
+                     "input; .gz too")
+      ->capture_default_str();
+  command.add_option("--timesync", settings.common.timesync,
+                     "The clock pair TMX,CALENDAR (the timesync property's numbers, in ns); "
+                     "the capture's own calendar times give it otherwise");
+  command.add_option("--year", settings.common.stream.year,
+                     "The year of the capture's calendar times (default: the latest that fits, "
+                     "back from this one)")
+      ->check(CLI::Range(1971, 9999));
+  command.add_option("--harvest", settings.harvest,
+                     "Which harvest of a capture that holds several, from 1")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -91,6 +116,23 @@ int main(int argc, char** argv) {
   CLI::App* report = app.add_subcommand("report", "The whole capture as one JSON document");
   add_capture_options(*report, report_settings);
 
+  view_settings trace_settings;
+  CLI::App* trace = app.add_subcommand(
+      "trace", "Trace Event JSON of the capture, for the web-based trace viewers");
+  add_view_options(*trace, trace_settings);
+
+  view_settings summary_settings;
+  bool summary_json = false;
+  CLI::App* summary = app.add_subcommand(
+      "summary", "The press, its latencies, the records, lost records and failure lines");
+  add_view_options(*summary, summary_settings);
+  summary->add_flag("--json", summary_json, "The same as one JSON object");
+
+  view_settings timeline_settings;
+  CLI::App* timeline = app.add_subcommand(
+      "timeline", "One self-contained HTML page drawing the press and the records");
+  add_view_options(*timeline, timeline_settings);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -101,6 +143,16 @@ int main(int argc, char** argv) {
   if (decode->parsed()) {
     if (!finish_settings(decode_settings)) return 2;
     return inspect::run_decode(decode_settings.stream, hex);
+  }
+  for (const auto& [command, settings, view] :
+       {std::tuple{trace, &trace_settings, inspect::capture_view::trace},
+        std::tuple{summary, &summary_settings,
+                   summary_json ? inspect::capture_view::summary_json
+                                : inspect::capture_view::summary},
+        std::tuple{timeline, &timeline_settings, inspect::capture_view::timeline}}) {
+    if (!command->parsed()) continue;
+    if (!finish_settings(settings->common)) return 2;
+    return inspect::run_capture_view(settings->common.stream, view, settings->harvest);
   }
   if (phone->parsed()) return inspect::run_phone(phone_settings);
   if (report->parsed()) return inspect::run_report(report_settings);

@@ -374,7 +374,8 @@ class capture_parser {
       events_done = reply.empty();
       add_call(request::profile_events, call_outcome::reply, 0, std::move(reply), line);
     }
-    if (!harvest_->events_end) harvest_->events_end = harvest_->profile.size();
+    // Ten full passes end the events reader where the capture cannot show it.
+    if (!harvest_->events_end && !events_done) harvest_->events_end = harvest_->profile.size();
     return read_profiler();
   }
 
