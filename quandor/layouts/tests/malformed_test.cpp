@@ -10,7 +10,10 @@ using lines = std::vector<std::string>;
 
 // The first `from` of line `at` becomes `to`.
 void change(lines& block, std::size_t at, std::string_view from, std::string_view to) {
-  block.at(at).replace(block[at].find(from), from.size(), to);
+  std::string& line = block.at(at);
+  const std::size_t where = line.find(from);
+  if (where == std::string::npos) return;  // the case then fails on its message
+  line = line.substr(0, where) + std::string(to) + line.substr(where + from.size());
 }
 
 struct malformed_case {
@@ -23,7 +26,7 @@ struct malformed_case {
 };
 
 const malformed_case cases[] = {
-    {"statistics heading", stats_codec, 282, [](lines& l) { l[0] = "pkey_stat"; },
+    {"statistics heading", stats_codec, 282, [](lines& l) { l[0] = std::string("pkey_stat"); },
      0, "statistics wants the line 'pkey_stats'"},
     {"time not a number", stats_codec, 282, [](lines& l) { change(l, 3, "0 us", "1x us"); },
      3, "statistics line 'Finger ON Timestamp' wants a decimal number of microseconds"},
@@ -42,18 +45,18 @@ const malformed_case cases[] = {
      28, "statistics line 'Num Gorvin Scans' wants a decimal number"},
     {"leading zero", stats_codec, 282, [](lines& l) { change(l, 29, ": 0", ": 00"); },
      29, "statistics line 'Num Lumet Scans' does not print back the same"},
-    {"last empty line", stats_codec, 282, [](lines& l) { l[33] = " "; },
+    {"last empty line", stats_codec, 282, [](lines& l) { l[33] = std::string(" "); },
      33, "statistics wants an empty line"},
     {"a line short", stats_codec, 282, [](lines& l) { l.pop_back(); },
      33, "statistics ends after 33 of its 34 lines"},
     {"a line more", stats_codec, 282, [](lines& l) { l.emplace_back(); },
      34, "statistics has lines past its end"},
-    {"power state of another service", btmspk_codec, 12, [](lines& l) { l[0] = "mux State"; },
+    {"power state of another service", btmspk_codec, 12, [](lines& l) { l[0] = std::string("mux State"); },
      0, "power state heading names no speaker service"},
     {"power counter past 32 bits", btmspk_codec, 12,
      [](lines& l) { change(l, 2, ": 0", ": 4294967296"); },
      2, "power state line 'AP request' does not fit its field"},
-    {"counts heading", enable_counts_codec, 9, [](lines& l) { l[0] = "PKEY Counts"; },
+    {"counts heading", enable_counts_codec, 9, [](lines& l) { l[0] = std::string("PKEY Counts"); },
      0, "counts heading names no counts command"},
     {"enable of 2", enable_counts_codec, 9, [](lines& l) { change(l, 1, ": 0", ": 2"); },
      1, "counts line 'Enable' wants 0 or 1"},
@@ -69,7 +72,7 @@ const malformed_case cases[] = {
     {"threshold not a fraction", scan_state_codec, 40,
      [](lines& l) { change(l, 9, ": 0", ": 0.5.1"); },
      9, "scan state line 'accelVarThreshold' wants a decimal fraction"},
-    {"error stats heading", input_report_errors_codec, 60, [](lines& l) { l[0] = "=== x"; },
+    {"error stats heading", input_report_errors_codec, 60, [](lines& l) { l[0] = std::string("=== x"); },
      0, "input report errors wants its heading"},
     {"resets below 32 bits", input_report_errors_codec, 60,
      [](lines& l) { change(l, 3, "# 0", "# -2147483649"); },
