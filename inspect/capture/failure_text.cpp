@@ -167,21 +167,4 @@ bool parse_failure_line(std::string_view line, bool hex_numbers, failure_parse& 
   return true;
 }
 
-std::string_view failure_meaning(const failure_line& failure) {
-  switch (failure.kind) {
-    case failure_kind::service_missing: return "the service is missing";
-    case failure_kind::open_failed: return "the service would not open";
-    case failure_kind::zero_connection: return "the service opened without a connection; the buffer is printed as it was";
-    case failure_kind::command_failed:
-      return failure.about == request::hid_report ? "the device refused the feature report"
-                                                  : "the service refused the request";
-    case failure_kind::no_child: return "the profiler service has no client to open";
-    case failure_kind::device_missing: return "no HID device with the button's usage";
-    case failure_kind::device_failed: return "the HID device could not be made or opened";
-    case failure_kind::step_failed: break;
-  }
-  return failure.about == request::profile_events ? "the profile events could not be read"
-                                                  : "the step ends here";
-}
-
 }  // namespace inspect

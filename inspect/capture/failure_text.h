@@ -25,7 +25,4 @@ struct failure_parse {
 bool parse_failure_line(std::string_view line, bool hex_numbers, failure_parse& parsed,
                         std::string& fault);
 
-// What a failure means, in words: "the service is missing", ...
-std::string_view failure_meaning(const failure_line& failure);
-
 }  // namespace inspect

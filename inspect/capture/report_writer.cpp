@@ -6,7 +6,7 @@
 #include <map>
 #include <span>
 
-#include "inspect/capture/failure_text.h"
+#include "inspect/capture/failure_meaning.h"
 #include "liblog_zol/name_tables.h"
 #include "liblog_zol/profile_decoder.h"
 #include "quandor/layouts/record_layouts.h"
@@ -166,20 +166,6 @@ json hid_json(const std::vector<hid_report>& reports) {
   return list;
 }
 
-std::string_view kind_name(failure_kind kind) {
-  switch (kind) {
-    case failure_kind::service_missing: return "service_missing";
-    case failure_kind::open_failed: return "open_failed";
-    case failure_kind::zero_connection: return "zero_connection";
-    case failure_kind::command_failed: return "command_failed";
-    case failure_kind::no_child: return "no_child";
-    case failure_kind::step_failed: return "step_failed";
-    case failure_kind::device_missing: return "device_missing";
-    case failure_kind::device_failed: return "device_failed";
-  }
-  return "";
-}
-
 json failures_json(const std::vector<failure_line>& failures) {
   json list = json::array();
   for (const failure_line& failure : failures) {
@@ -190,8 +176,8 @@ json failures_json(const std::vector<failure_line>& failures) {
                 {"source_line", failure.source_line},
                 {"value", failure.value == 0 ? json(nullptr) : json(hex_text(failure.value))},
                 {"error_text", failure.value == 0 ? json(nullptr) : json(failure.error_text)},
-                {"request", request_name(failure.about)},
-                {"kind", kind_name(failure.kind)},
+                {"request", request_label(failure)},
+                {"kind", kind_key(failure.kind)},
                 {"meaning", failure_meaning(failure)},
                 {"text", failure.text}};
     if (failure.about == request::hid_report) object["report_id"] = hex_text(failure.report_id);

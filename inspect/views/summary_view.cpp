@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "inspect/views/failure_meaning.h"
+#include "inspect/capture/failure_meaning.h"
 #include "inspect/views/text_format.h"
 #include "inspect/views/json_text.h"
 

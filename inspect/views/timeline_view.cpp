@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "inspect/views/failure_meaning.h"
+#include "inspect/capture/failure_meaning.h"
 #include "inspect/views/text_format.h"
 #include "inspect/views/summary_view.h"
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <numeric>
 
-#include "inspect/views/failure_meaning.h"
+#include "inspect/capture/failure_meaning.h"
 #include "inspect/views/json_text.h"
 #include "liblog_zol/ZOLProfile.h"
 #include "liblog_zol/clock_source.h"

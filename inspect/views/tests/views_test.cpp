@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "inspect/views/capture_facts.h"
-#include "inspect/views/failure_meaning.h"
+#include "inspect/capture/failure_meaning.h"
 #include "inspect/views/json_text.h"
 #include "inspect/views/press_stats.h"
 #include "inspect/views/summary_view.h"

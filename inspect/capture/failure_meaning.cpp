@@ -1,9 +1,9 @@
-#include "inspect/views/failure_meaning.h"
+#include "inspect/capture/failure_meaning.h"
 
 #include <array>
 #include <cstdio>
 
-namespace inspect::views {
+namespace inspect {
 namespace {
 
 struct request_text {
@@ -92,4 +92,4 @@ std::string failure_meaning(const failure_line& failure) {
   return text;
 }
 
-}  // namespace inspect::views
+}  // namespace inspect

@@ -8,7 +8,7 @@
 
 #include "inspect/capture/capture_model.h"
 
-namespace inspect::views {
+namespace inspect {
 
 // "statistics of the last press (command 215 on zol-button)".
 std::string request_label(const failure_line& failure);
@@ -20,4 +20,4 @@ std::string_view kind_label(failure_kind kind) noexcept;
 // carries one, and what is missing as a consequence.
 std::string failure_meaning(const failure_line& failure);
 
-}  // namespace inspect::views
+}  // namespace inspect
