@@ -25,7 +25,8 @@ struct capture_settings {
 };
 
 // A phone description that prints the capture again.
-int run_phone(const capture_settings& settings);
+// `additions`, when not "", names a description of what the capture cannot show.
+int run_phone(const capture_settings& settings, const std::string& additions);
 
 // The whole capture as one JSON document.
 int run_report(const capture_settings& settings);

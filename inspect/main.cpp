@@ -111,6 +111,11 @@ int main(int argc, char** argv) {
   CLI::App* phone = app.add_subcommand(
       "phone", "A phone description that, harvested under the same TZ, prints the capture again");
   add_capture_options(*phone, phone_settings);
+  std::string phone_additions;
+  phone->add_option("--with", phone_additions,
+                    "A description of what the capture cannot show (service ids and other "
+                    "properties, services and commands the harvest does not ask for), added to "
+                    "the phone; the capture's own items stand");
 
   inspect::capture_settings report_settings;
   CLI::App* report = app.add_subcommand("report", "The whole capture as one JSON document");
@@ -154,7 +159,7 @@ int main(int argc, char** argv) {
     if (!finish_settings(settings->common)) return 2;
     return inspect::run_capture_view(settings->common.stream, view, settings->harvest);
   }
-  if (phone->parsed()) return inspect::run_phone(phone_settings);
+  if (phone->parsed()) return inspect::run_phone(phone_settings, phone_additions);
   if (report->parsed()) return inspect::run_report(report_settings);
   if (!finish_settings(records_settings)) return 2;
   return inspect::run_records(records_settings.stream);

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstring>
 #include <deque>
+#include <optional>
+#include <span>
 #include <sstream>
 
 #include "inspect/capture/failure_text.h"
@@ -56,9 +60,11 @@ struct access_result {
 
 class capture_parser {
  public:
+  // Which reader printed a record does not show; with `by_sequence` the
+  // profile service's log is ended where the sequence numbers jump most.
   capture_parser(std::vector<std::string_view> lines, const capture_options& options,
-                 capture_model& model)
-      : lines_(std::move(lines)), options_(options), model_(model) {
+                 capture_model& model, bool by_sequence)
+      : lines_(std::move(lines)), options_(options), model_(model), by_sequence_(by_sequence) {
     line_numbers_.resize(lines_.size());
     for (std::size_t i = 0; i < line_numbers_.size(); ++i) line_numbers_[i] = i + 1;
   }
@@ -349,6 +355,7 @@ class capture_parser {
     ++at_;
     harvest_->profile_banner = true;
     bool events_done = false;
+    const std::size_t first_call = harvest_->calls.size();
     for (unsigned pass = 0; pass < max_passes && !events_done; ++pass) {
       access_result access;
       if (events_failure_ahead() && !take_access(request::profile_events, access)) return false;
@@ -376,7 +383,63 @@ class capture_parser {
     }
     // Ten full passes end the events reader where the capture cannot show it.
     if (!harvest_->events_end && !events_done) harvest_->events_end = harvest_->profile.size();
-    return read_profiler();
+    if (!read_profiler()) return false;
+    if (by_sequence_) split_by_sequence(first_call);
+    return true;
+  }
+
+  // Each log numbers its own records, so the widest jump between records
+  // that follow each other is where the profile service's log most likely
+  // gives way to the profiler's. Only for two readers that both answered
+  // every pass, and only where both can then print their share.
+  void split_by_sequence(std::size_t first_call) {
+    std::vector<device_call>& calls = harvest_->calls;
+    const auto from = calls.begin() + static_cast<std::ptrdiff_t>(first_call);
+    const auto profiler = std::find_if(from, calls.end(),
+                                       [](const device_call& c) { return c.about == request::profiler_log; });
+    if (from == profiler || profiler == calls.end()) return;
+    const auto ended = [](auto begin, auto end) {
+      return std::distance(begin, end) == max_passes || std::prev(end)->reply.empty();
+    };
+    if (!std::all_of(from, calls.end(), [](const device_call& c) { return c.outcome == call_outcome::reply; }) ||
+        !ended(from, profiler) || !ended(profiler, calls.end()))
+      return;
+    std::size_t count = 0, events = 0;
+    for (auto call = from; call != calls.end(); ++call) {
+      count += call->reply.size() / profile_record_size;
+      if (call < profiler) events = count;
+    }
+    const std::span<const profile_entry> records(harvest_->profile.data() + harvest_->profile.size() - count, count);
+    std::optional<std::size_t> best;
+    std::uint32_t widest = 0;
+    for (std::size_t i = 1; i < count; ++i) {
+      std::uint32_t previous = 0, sequence = 0;
+      std::memcpy(&previous, records[i - 1].bytes.data() + 4, sizeof previous);
+      std::memcpy(&sequence, records[i].bytes.data() + 4, sizeof sequence);
+      const std::uint32_t ahead = sequence - (previous + 1), behind = (previous + 1) - sequence;
+      const std::uint32_t width = std::min(ahead, behind);
+      if (width > widest && i <= max_passes * events_per_pass && count - i <= max_passes * profiler_per_pass) {
+        widest = width;
+        best = i;
+      }
+    }
+    if (!best || *best == events) return;
+    const std::uint64_t end_line = std::prev(calls.end())->line;
+    calls.erase(from, calls.end());
+    const auto passes = [&](request about, std::size_t begin, std::size_t end, std::size_t per_pass,
+                            std::uint64_t after) {
+      std::size_t made = 0;
+      for (std::size_t at = begin; at < end; at += per_pass, ++made) {
+        std::vector<std::uint8_t> reply;
+        reply.reserve(per_pass * profile_record_size);
+        for (std::size_t i = at; i < std::min(end, at + per_pass); ++i)
+          reply.insert(reply.end(), records[i].bytes.begin(), records[i].bytes.end());
+        add_call(about, call_outcome::reply, 0, std::move(reply), records[at].line);
+      }
+      if (made < max_passes) add_call(about, call_outcome::reply, 0, {}, after);
+    };
+    passes(request::profile_events, 0, *best, events_per_pass, records[*best].line);
+    passes(request::profiler_log, *best, count, profiler_per_pass, end_line);
   }
 
   // Whether the access line under the cursor is the events reader's own: a
@@ -651,6 +714,7 @@ class capture_parser {
   std::vector<std::string_view> record_texts_;
   const capture_options& options_;
   capture_model& model_;
+  const bool by_sequence_;
   harvest_model* harvest_ = nullptr;
   std::size_t at_ = 0;
   bool hex_numbers_ = false;
@@ -679,10 +743,15 @@ std::vector<std::string_view> split_lines(std::string_view text) {
 bool read_capture_text(std::string_view text, const std::string& file,
                        const capture_options& options, capture_model& model,
                        input_fault& fault) {
+  const std::vector<std::string_view> lines = split_lines(text);
   model = {};
-  capture_parser parser(split_lines(text), options, model);
+  capture_parser parser(lines, options, model, true);
   if (parser.run()) return true;
-  fault = {file, "line " + std::to_string(parser.fault_line), parser.fault};
+  // The jump may have been a gap within one log after all.
+  model = {};
+  capture_parser plain(lines, options, model, false);
+  if (plain.run()) return true;
+  fault = {file, "line " + std::to_string(plain.fault_line), plain.fault};
   return false;
 }
 

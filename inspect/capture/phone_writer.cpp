@@ -6,6 +6,8 @@
 #include <charconv>
 #include <map>
 
+#include "kelvra/harvest_texts.h"
+
 namespace inspect {
 namespace {
 
@@ -25,6 +27,12 @@ entry entry_of(request about) {
     default: return entry::button;
   }
 }
+
+// The names the entries stand under in a description; "" for the HID device.
+constexpr std::string_view entry_names[] = {"ZOL_zol-button", "ZOL_lyn", "ZOL_btmspk",
+                                            "ZOL_profile", "ZOL_profiler", ""};
+
+std::string entry_name(entry which) { return std::string(entry_names[static_cast<std::size_t>(which)]); }
 
 // The key a call's answers are listed under: a command, a selector or a
 // report id.
@@ -158,17 +166,17 @@ bool write_phone(const capture_model& model, std::string& text, phone_fault& fau
   }
 
   json services = json::array();
-  const auto one_shot = [&](entry which, const char* name) {
+  const auto one_shot = [&](entry which) {
     const entry_state& state = states[static_cast<std::size_t>(which)];
     if (missing(state) || (state.wide == nullptr && state.per_call == nullptr)) return;
-    json service{{"name", name}};
+    json service{{"name", entry_name(which)}};
     add_open(service, state);
     if (!state.key_order.empty()) service["commands"] = commands_of(state);
     services.push_back(std::move(service));
   };
-  one_shot(entry::button, "ZOL_zol-button");
-  one_shot(entry::lyn, "ZOL_lyn");
-  one_shot(entry::btmspk, "ZOL_btmspk");
+  one_shot(entry::button);
+  one_shot(entry::lyn);
+  one_shot(entry::btmspk);
 
   // One entry serves both readers: the events by its name through the
   // interface class, the profiler through its client child. Without the
@@ -177,12 +185,12 @@ bool write_phone(const capture_model& model, std::string& text, phone_fault& fau
   const entry_state& profiler = states[static_cast<std::size_t>(entry::profiler)];
   if (events.wide != nullptr || events.per_call != nullptr || profiler.wide != nullptr ||
       profiler.per_call != nullptr) {
-    json service{{"name", "ZOL_profile"}};
+    json service{{"name", entry_name(entry::events)}};
     if (missing(events)) service["class"] = "CorvelTMXProfiler";
     add_open(service, events);
     if (!events.key_order.empty()) service["commands"] = commands_of(events);
     if (!(profiler.wide != nullptr && profiler.wide->outcome == call_outcome::no_child)) {
-      json child{{"name", "ZOL_profiler"}};
+      json child{{"name", entry_name(entry::profiler)}};
       add_open(child, profiler);
       if (!profiler.key_order.empty()) child["methods"] = commands_of(profiler);
       service["children"] = json::array({std::move(child)});
@@ -210,6 +218,20 @@ bool write_phone(const capture_model& model, std::string& text, phone_fault& fau
   text = with_replies(description.dump(2), replies);
   text += '\n';
   return true;
+}
+
+bool harvest_asks(std::string_view name, std::string_view key) {
+  constexpr request asked[] = {request::stats,          request::lyn_state,      request::btmspk_state,
+                               request::button_counts,  request::button_enables, request::profile_events,
+                               request::profiler_log,   request::assets};
+  for (request about : asked) {
+    device_call call;
+    call.about = about;
+    if (entry_names[static_cast<std::size_t>(entry_of(about))] == name && answer_key(call) == key) return true;
+  }
+  for (const harvest_texts::feature_report& report : harvest_texts::feature_reports)
+    if (name.empty() && std::to_string(report.id) == key) return true;
+  return false;
 }
 
 }  // namespace inspect

@@ -31,8 +31,9 @@ std::vector<std::string> no_coprocessor(const std::string& profile_line) {
   };
 }
 
-std::string record_line() {
-  std::uint8_t record[48] = {0, 1, 0, 7, 5};  // a pkey record, sequence 5
+std::string record_line(std::uint32_t sequence = 5) {
+  std::uint8_t record[48] = {0, 1, 0, 7};  // a pkey record
+  for (int i = 0; i < 4; ++i) record[4 + i] = static_cast<std::uint8_t>(sequence >> (8 * i));
   zol::no_clock none;
   return format_profile_record(record, none);
 }
@@ -113,6 +114,45 @@ TEST_P(capture_refusal, names_line_and_fault) {
 }
 
 INSTANTIATE_TEST_SUITE_P(cases, capture_refusal, testing::ValuesIn(refusals),
+                         [](const auto& param_info) { return std::string(param_info.param.name); });
+
+// Each log numbers its own records: the profile service's log is taken to
+// end where the numbers jump most, when both logs then fit their readers.
+struct source_split {
+  const char* name;
+  std::vector<std::uint32_t> sequences;
+  std::size_t repeat_last;  // more lines numbered on from the last
+  std::size_t event_records;
+};
+
+const source_split source_splits[] = {
+    {"one_log", {5, 6, 7}, 0, 3},
+    {"second_log_numbered_lower", {40213, 40214, 40215, 9117, 9118}, 0, 3},
+    {"widest_of_two_jumps", {5, 6, 9, 10, 2, 3}, 0, 4},
+    {"wrapped_numbers_follow", {0xfffffffe, 0xffffffff, 0, 1, 70}, 0, 4},
+    {"second_log_beyond_the_profiler_reader", {5, 900}, 10000, 10002},
+};
+
+class sources : public testing::TestWithParam<source_split> {};
+
+TEST_P(sources, split_where_the_numbers_jump) {
+  const source_split& c = GetParam();
+  std::vector<std::string> profile;
+  for (std::uint32_t sequence : c.sequences) profile.push_back(record_line(sequence));
+  for (std::uint32_t n = 1; n <= c.repeat_last; ++n) profile.push_back(record_line(c.sequences.back() + n));
+  std::vector<std::string> lines = no_coprocessor("");
+  lines.erase(lines.begin() + 6);
+  lines.insert(lines.begin() + 6, profile.begin(), profile.end());
+  capture_model model;
+  input_fault fault;
+  ASSERT_TRUE(read_capture_text(joined(lines), "cap", {}, model, fault)) << fault.where << ": " << fault.fault;
+  std::size_t events = 0;
+  for (const device_call& call : model.harvests.at(0).calls)
+    if (call.about == request::profile_events) events += call.reply.size() / 48;
+  EXPECT_EQ(events, c.event_records);
+}
+
+INSTANTIATE_TEST_SUITE_P(cases, sources, testing::ValuesIn(source_splits),
                          [](const auto& param_info) { return std::string(param_info.param.name); });
 
 TEST(phone_writer, refuses_a_service_that_is_both_missing_and_there) {
