@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Writes the fuzz targets' seed corpora into corpus/<target>/ beside this script.
 
-The seeds are the default phone's own records (tmxsim/devices/default.json),
-laid out as each target reads its input, plus the project's other phones.
-Regenerate with
-    python3 fuzz/make_corpus.py
+The seeds are the default phone's own records, laid out as each target reads
+its input, plus the project's other phones and their registry additions.
+The phones are those the build replays from tmxsim/devices/. Regenerate with
+    python3 fuzz/make_corpus.py build/default/tmxsim/devices
 and commit the result.
 """
 
@@ -17,16 +17,12 @@ import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent
-sys.path.insert(0, str(ROOT / "tmxsim" / "devices"))
-from make_default import encode  # noqa: E402  (the platform's own byte layout)
 
 SERVICES = ["varsium", "zol-button", "lyn", "btmspk", "mux"]  # then free-form
 RECORD = 48
 
 
 def reply_bytes(answer):
-    if "fields" in answer:
-        return encode(answer["fields"])
     return bytes.fromhex(answer.get("reply", "").replace(" ", ""))
 
 
@@ -106,9 +102,9 @@ def trimmed(phone, records):
     return small
 
 
-def description_seeds(phone):
+def description_seeds(phone, phones):
     seeds = {"default": json.dumps(trimmed(phone, 4), separators=(",", ":")).encode()}
-    for path in sorted((ROOT / "tmxsim" / "devices").glob("*.json")):
+    for path in sorted(phones.glob("*.json")):
         if path.name != "default.json":
             seeds[path.stem] = path.read_bytes()
     for path in sorted((ROOT / "kelvra" / "tests" / "devices").glob("*.json")):
@@ -125,13 +121,42 @@ def write(target, seeds):
         (folder / name).write_bytes(data)
 
 
+# Additions that the default phone takes: a new service and HID device, a
+# sibling of the profiler's client.
+EXTRA_ADDITIONS = {
+    "new-service-and-device": {
+        "services": [{"name": "ZOL_mux", "properties": {"service_id": 9},
+                      "commands": {"208": {"reply": "01 02"}}}],
+        "hid_devices": [{"reports": {"7": {"reply": "00"}}}, {"usage_page": 1, "usage": 2}]},
+    "profiler-sibling": {
+        "services": [{"name": "ZOL_profile", "children": [
+            {"name": "spare", "methods": {"3": {"result": "0xe00002c7"}}}]}]},
+}
+
+
+# Inputs that once found a fault.
+ADDITION_FINDINGS = {"number-overflow": b'{"a": 1e99999}'}
+
+
+def addition_seeds():
+    seeds = {path.name.replace(".registry.json", "-registry"): path.read_bytes()
+             for path in sorted((ROOT / "tmxsim" / "devices").glob("*.registry.json"))}
+    for name, additions in EXTRA_ADDITIONS.items():
+        seeds[name] = (json.dumps(additions) + "\n").encode()
+    return {**seeds, **ADDITION_FINDINGS}
+
+
 def main():
-    phone = json.loads((ROOT / "tmxsim" / "devices" / "default.json").read_text())
+    if len(sys.argv) != 2:
+        sys.exit("usage: make_corpus.py BUILT-PHONES-FOLDER (e.g. build/default/tmxsim/devices)")
+    phones = pathlib.Path(sys.argv[1])
+    phone = json.loads((phones / "default.json").read_text())
     write("fuzz_printers", printers_seeds(phone))
     write("fuzz_profile_record", profile_seeds(phone))
-    descriptions = description_seeds(phone)
+    descriptions = description_seeds(phone, phones)
     write("fuzz_description", descriptions)
     write("fuzz_harvest", descriptions)
+    write("fuzz_phone_additions", addition_seeds())
 
 
 if __name__ == "__main__":

@@ -6,7 +6,7 @@ string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${digits}")
 string(REGEX REPLACE "((0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],)(0x[0-9a-f][0-9a-f],))"
        "\\1\n" bytes "${bytes}")
 file(WRITE "${OUTPUT}.new"
-"// Built from devices/default.json by embed_description.cmake.
+"// Built from the default phone by embed_description.cmake.
 #include \"description.h\"
 #include \"embedded_default.h\"
 
