@@ -27,7 +27,8 @@ endfunction()
 file(REMOVE_RECURSE ${WORK})
 set(install ${CMAKE_COMMAND} --install ${BUILD_DIR} --config ${CONFIG})
 set(tool_files bin/kelvra bin/kelvra-inspect share/tmxsim/devices/default.json
-    share/tmxsim/devices/faulty.json share/tmxsim/devices/no-coprocessor.json)
+    share/tmxsim/devices/faulty.json share/tmxsim/devices/no-coprocessor.json
+    share/tmxsim/devices/default.harvest.txt share/tmxsim/devices/faulty.harvest.txt)
 set(development_files ${LIBDIR}/libtmxsim.a include/tmxsim/IOKit/IOKitLib.h
     include/tmxsim/tmxsim/control.h ${LIBDIR}/cmake/tmxsim/tmxsim-config.cmake)
 
