@@ -2,11 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 #include <map>
 
 #include "kelvra/harvest_texts.h"
+#include "liblog_zol/digit_tables.h"
 
 namespace inspect {
 namespace {
@@ -62,14 +65,13 @@ std::string hex_result(std::uint32_t value) {
 
 // Reply bytes in hex, a blank between profile records for the reader.
 void append_hex(std::string& text, const std::vector<std::uint8_t>& bytes, std::size_t group) {
-  static constexpr char digits[] = "0123456789abcdef";
   const std::size_t start = text.size();
   text.resize(start + bytes.size() * 2 + (bytes.empty() ? 0 : (bytes.size() - 1) / group));
   char* out = text.data() + start;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (i != 0 && i % group == 0) *out++ = ' ';
-    *out++ = digits[bytes[i] >> 4];
-    *out++ = digits[bytes[i] & 0xf];
+  for (std::size_t first = 0; first < bytes.size(); first += group) {
+    if (first != 0) *out++ = ' ';
+    for (std::size_t i = first; i < std::min(bytes.size(), first + group); ++i, out += 2)
+      std::memcpy(out, &zol::hex_pairs[2 * std::size_t{bytes[i]}], 2);
   }
 }
 
