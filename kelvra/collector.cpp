@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
-#include "kelvra/harvest_texts.h"
 #include "kelvra/step_output.h"
+#include "quandor/layouts/harvest_requests.h"
 #include "quandor/printers.h"
 #include "quandor/profile_retrieval.h"
 #include "quandor/service.h"
@@ -14,71 +14,69 @@
 
 namespace {
 
-constexpr const char* button_service = "zol-button";
-constexpr const char* request_failed = "kr == 0 ";
-
-constexpr std::uint32_t stats_command = 215;
-constexpr std::uint32_t assets_command = 216;
 constexpr unsigned profile_decoded = 1;
 
-using namespace harvest_texts;
+using layouts::harvest_request;
+using layouts::request_row;
 
 // A printer is given no more than the buffer holds, whatever the driver says.
 std::uint64_t printable(std::span<const std::uint8_t> buffer, std::size_t length) {
   return std::min(length, buffer.size());
 }
 
-// One button request into a fresh buffer of `capacity` bytes; on success its
-// banner, then its printer.
-template <std::size_t capacity>
-void button_report(std::uint32_t command, std::int64_t failure_line,
-                   std::string_view banner, dump_fn printer) {
-  std::array<std::uint8_t, capacity> buffer{};
+// One request into a fresh buffer of its capacity; on success its banner,
+// then its printer.
+template <layouts::request id>
+void button_report(dump_fn printer) {
+  constexpr const harvest_request& request = request_row(id);
+  std::array<std::uint8_t, request.capacity> buffer{};
   std::size_t length = buffer.size();
+  const std::string service(request.service);
   const kern_return_t kr =
-      call_command(button_service, command, buffer.data(), &length);
+      call_command(service, request.command, buffer.data(), &length);
   if (kr != KERN_SUCCESS) {
-    kelvra_bail(request_failed, failure_line, kr);
+    kelvra_bail(request.step_failure, kr);
     return;
   }
-  write_banner(banner);
-  printer(button_service, command, buffer.data(), printable(buffer, length));
+  write_banner(request.banner);
+  printer(service.c_str(), request.command, buffer.data(),
+          printable(buffer, length));
 }
 
 }  // namespace
 
 void get_stats() {
-  button_report<2000>(stats_command, line_stats_failed, stats_banner,
-                      print_pkey_stats);
+  button_report<layouts::request::stats>(print_pkey_stats);
 }
 
 void dump_states() {
-  std::array<std::uint8_t, 4096> buffer{};
+  constexpr auto requests = layouts::step_requests(layouts::harvest_step::state_dumps);
+  std::array<std::uint8_t, requests.front().capacity> buffer{};
   // Set once: each request is offered what the previous one delivered.
   std::size_t length = buffer.size();
-  for (const state_request& request : state_requests) {
+  for (const harvest_request& request : requests) {
     write_banner(request.banner);
-    const kern_return_t kr = call_command(request.service, request.command,
+    const std::string service(request.service);
+    const kern_return_t kr = call_command(service, request.command,
                                           buffer.data(), &length);
     if (kr != KERN_SUCCESS) {
-      kelvra_bail(request_failed, request.failure_line, kr);
+      kelvra_bail(request.step_failure, kr);
       return;
     }
     if (const dump_fn printer = dump_registry[request.command])
-      printer(request.service, request.command, buffer.data(),
+      printer(service.c_str(), request.command, buffer.data(),
               printable(buffer, length));
   }
 }
 
 void dump_profile() {
-  write_banner(profile_banner);
+  write_banner(request_row(layouts::request::profile_events).banner);
   read_profile_events(profile_decoded);
   drain_zol_profile(profile_decoded);
 }
 
 void get_assets() {
-  button_report<4096>(assets_command, line_assets_failed, assets_banner,
-                      print_haptic_assets);
+  button_report<layouts::request::assets>(print_haptic_assets);
 }
 
 void harvest() {

@@ -7,9 +7,9 @@
 #include <cstdint>
 
 #include "kelvra/collector.h"
-#include "kelvra/harvest_texts.h"
 #include "kelvra/step_output.h"
 #include "quandor/hexdump.h"
+#include "quandor/layouts/harvest_requests.h"
 #include "quandor/service.h"
 
 namespace {
@@ -17,7 +17,6 @@ namespace {
 constexpr std::int32_t vendor_usage_page = 0xFF00;
 constexpr std::int32_t button_usage = 0x0020;
 
-using namespace harvest_texts;
 
 // { "DeviceUsagePairs": [ { "DeviceUsagePage": 0xFF00, "DeviceUsage": 0x20 } ] }
 CFDictionaryRef button_usage_pairs() {
@@ -28,14 +27,16 @@ CFDictionaryRef button_usage_pairs() {
 
 // Stops at the first report the device refuses.
 void dump_feature_reports(IOHIDDeviceRef device) {
-  std::array<std::uint8_t, 256> report{};
-  for (const feature_report& entry : feature_reports) {
+  constexpr auto requests = layouts::step_requests(layouts::harvest_step::hid_reports);
+  std::array<std::uint8_t, requests.back().capacity> report{};
+  for (const layouts::harvest_request& entry : requests) {
+    if (entry.path != layouts::request_path::hid_report) continue;
     write_banner(entry.banner);
     CFIndex length = static_cast<CFIndex>(report.size());
     const IOReturn result = IOHIDDeviceGetReport(
-        device, kIOHIDReportTypeFeature, entry.id, report.data(), &length);
+        device, kIOHIDReportTypeFeature, entry.command, report.data(), &length);
     if (result != kIOReturnSuccess) {
-      kelvra_bail("result == 0 ", entry.failure_line, result);
+      kelvra_bail(entry.step_failure, result);
       return;
     }
     const auto delivered = static_cast<std::uint64_t>(
@@ -49,13 +50,13 @@ void dump_feature_reports(IOHIDDeviceRef device) {
 void dump_hid_reports() {
   CFDictionaryRef pairs = button_usage_pairs();
   if (pairs == nullptr) {
-    kelvra_bail("devicePairs", line_no_pairs, 0);
+    kelvra_bail(layouts::hid_no_pairs, 0);
     return;
   }
   CFMutableDictionaryRef matching =
       CFDictionaryCreateMutableCopy(kCFAllocatorDefault, 0, pairs);
   if (matching == nullptr) {
-    kelvra_bail("matching", line_no_matching, 0);
+    kelvra_bail(layouts::hid_no_matching, 0);
     CFRelease(pairs);
     return;
   }
@@ -64,13 +65,13 @@ void dump_hid_reports() {
   const io_service_t service =
       IOServiceGetMatchingService(kIOMainPortDefault, matching);
   if (service == 0) {
-    kelvra_bail("service", line_no_device_service, 0);
+    kelvra_bail(layouts::hid_no_service, 0);
     CFRelease(pairs);
     return;
   }
   IOHIDDeviceRef device = IOHIDDeviceCreate(kCFAllocatorDefault, service);
   if (device == nullptr) {
-    kelvra_bail("device", line_no_device, 0);
+    kelvra_bail(layouts::hid_no_device, 0);
     IOObjectRelease(service);
     CFRelease(pairs);
     return;
@@ -78,7 +79,7 @@ void dump_hid_reports() {
 
   const IOReturn result = IOHIDDeviceOpen(device, kIOHIDOptionsTypeNone);
   if (result != kIOReturnSuccess)
-    kelvra_bail("result == 0 ", line_device_open_failed, result);
+    kelvra_bail(layouts::hid_open_failed, result);
   else
     dump_feature_reports(device);
 

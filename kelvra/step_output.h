@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "quandor/failure.h"
+#include "quandor/layouts/harvest_requests.h"
 
 // A section banner, flushed at once so it keeps its place among the failure
 // lines on standard error.
@@ -14,8 +15,8 @@ inline void write_banner(std::string_view text) {
 
 // Every failure line of the tool names the same module and source, and no
 // message.
-inline void kelvra_bail(const char* check, std::int64_t line,
+inline void kelvra_bail(const layouts::failure_site& site,
                         std::int32_t error) {
-  report_failure("kelvra", check, "bail", nullptr, "kelvra/kelvra", line,
-                 error);
+  report_failure("kelvra", site.check, "bail", nullptr, "kelvra/kelvra",
+                 site.line, error);
 }

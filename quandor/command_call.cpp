@@ -7,11 +7,6 @@ namespace {
 
 constexpr std::uint32_t command_selector = 2;
 
-constexpr std::int64_t line_no_service = 2903;
-constexpr std::int64_t line_open_failed = 2906;
-constexpr std::int64_t line_no_connection = 2907;
-constexpr std::int64_t line_call_failed = 2910;
-
 }  // namespace
 
 kern_return_t call_command(const std::string& service_name,
@@ -22,22 +17,20 @@ kern_return_t call_command(const std::string& service_name,
   kern_return_t result = KERN_SUCCESS;
 
   if (service == 0) {
-    varnel_bail("service", nullptr, line_no_service, 0);
+    varnel_bail(layouts::no_service, nullptr, 0);
     result = kIOReturnNotFound;
   } else if ((result = IOServiceOpen(service, mach_task_self(), 0,
                                      &connection)) != KERN_SUCCESS) {
-    varnel_bail("kr == 0 ", error_text(result), line_open_failed,
-                result);
+    varnel_bail(layouts::open_failed, error_text(result), result);
   } else if (connection == 0) {
     // Reported, yet the caller sees success and an untouched buffer.
-    varnel_bail("connect", nullptr, line_no_connection, 0);
+    varnel_bail(layouts::no_connection, nullptr, 0);
   } else {
     const std::uint64_t input = command;
     result = IOConnectCallMethod(connection, command_selector, &input, 1,
                                  nullptr, 0, nullptr, nullptr, buffer, length);
     if (result != KERN_SUCCESS)
-      varnel_bail("kr == 0 ", error_text(result), line_call_failed,
-                  result);
+      varnel_bail(layouts::call_failed, error_text(result), result);
   }
 
   if (connection != 0) IOServiceClose(connection);

@@ -5,14 +5,6 @@
 #include "quandor/access_failure.h"
 #include "quandor/service.h"
 
-namespace {
-
-constexpr std::int64_t line_no_service = 1943;
-constexpr std::int64_t line_no_child = 1946;
-constexpr std::int64_t line_open_failed = 1949;
-
-}  // namespace
-
 service_conn::service_conn(std::string service_name)
     : name(std::move(service_name)) {}
 
@@ -28,7 +20,7 @@ bool service_conn::open(bool quiet) {
                 ? IOServiceGetMatchingService(kIOMainPortDefault, matching)
                 : 0;
   if (service == 0) {
-    if (!quiet) varnel_bail("service", nullptr, line_no_service, 0);
+    if (!quiet) varnel_bail(layouts::profiler_no_service, nullptr, 0);
     return false;
   }
 
@@ -37,13 +29,13 @@ bool service_conn::open(bool quiet) {
       KERN_SUCCESS)
     child = 0;
   if (child == 0) {
-    varnel_bail("child", nullptr, line_no_child, 0);
+    varnel_bail(layouts::profiler_no_child, nullptr, 0);
     return false;
   }
 
   const kern_return_t kr = IOServiceOpen(child, mach_task_self(), 0, &connect);
   if (kr != KERN_SUCCESS) {
-    varnel_bail("kr == 0 ", error_text(kr), line_open_failed, kr);
+    varnel_bail(layouts::profiler_open_failed, error_text(kr), kr);
     return false;
   }
   return true;

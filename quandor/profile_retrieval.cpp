@@ -15,17 +15,10 @@
 
 namespace {
 
-constexpr unsigned max_passes = 10;
-
-constexpr const char* event_service = "profile";
-constexpr std::uint32_t event_command = 209;
-constexpr std::size_t event_capacity = 0x10000;
-constexpr std::int64_t line_event_failed = 1871;
-
-constexpr const char* profiler_service = "ZOL_profile";
-constexpr std::uint32_t profiler_selector = 9;
-constexpr std::size_t profiler_capacity = 48000;
-constexpr std::int64_t line_profiler_failed = 2239;
+constexpr const layouts::harvest_request& events =
+    layouts::request_row(layouts::request::profile_events);
+constexpr const layouts::harvest_request& profiler =
+    layouts::request_row(layouts::request::profiler_log);
 
 constexpr const char* raw_label = "prof-event ";
 
@@ -50,13 +43,13 @@ std::span<const std::uint8_t> delivered(std::span<const std::uint8_t> buffer,
 }  // namespace
 
 void read_profile_events(unsigned mode) {
-  std::array<std::uint8_t, event_capacity> buffer{};
-  for (unsigned pass = 0; pass < max_passes; ++pass) {
+  std::array<std::uint8_t, events.capacity> buffer{};
+  for (unsigned pass = 0; pass < events.passes; ++pass) {
     std::size_t length = buffer.size();
     const kern_return_t result =
-        call_command(event_service, event_command, buffer.data(), &length);
+        call_command(std::string(events.service), events.command, buffer.data(), &length);
     if (result != KERN_SUCCESS) {
-      varnel_bail("result == 0 ", nullptr, line_event_failed, result);
+      varnel_bail(events.step_failure, nullptr, result);
       return;
     }
     // Unlike the profiler path, a reply shorter than a record asks again.
@@ -66,17 +59,17 @@ void read_profile_events(unsigned mode) {
 }
 
 void drain_profiler_log(unsigned mode, std::uint32_t selector) {
-  profiler_conn connection(profiler_service);
+  profiler_conn connection(std::string(profiler.service));
   if (!connection.open(true)) return;
 
-  std::array<std::uint8_t, profiler_capacity> buffer{};
-  for (unsigned pass = 0; pass < max_passes; ++pass) {
+  std::array<std::uint8_t, profiler.capacity> buffer{};
+  for (unsigned pass = 0; pass < profiler.passes; ++pass) {
     std::size_t size = buffer.size();
     const kern_return_t kr =
         IOConnectCallMethod(connection.connect, selector, nullptr, 0, nullptr,
                             0, nullptr, nullptr, buffer.data(), &size);
     if (kr != KERN_SUCCESS) {
-      varnel_bail("kr == 0 ", error_text(kr), line_profiler_failed, kr);
+      varnel_bail(layouts::profiler_failed, error_text(kr), kr);
       return;
     }
     if (size < profile_record_size) return;
@@ -85,7 +78,7 @@ void drain_profiler_log(unsigned mode, std::uint32_t selector) {
 }
 
 void drain_zol_profile(unsigned mode) {
-  drain_profiler_log(mode, profiler_selector);
+  drain_profiler_log(mode, profiler.command);
 }
 
 CFStringRef profile_record_to_string(const std::uint8_t* record) {

@@ -15,7 +15,7 @@
 #include "inspect/input/form_detection.h"
 #include "inspect/input/harvest_reader.h"
 #include "inspect/utf8.h"
-#include "kelvra/harvest_texts.h"
+#include "quandor/layouts/harvest_requests.h"
 #include "liblog_zol/ZOLProfile.h"
 #include "liblog_zol/calendar_time.h"
 #include "liblog_zol/profile_record.h"
@@ -25,7 +25,21 @@
 namespace inspect {
 namespace {
 
-using namespace harvest_texts;
+using layouts::request_row;
+constexpr auto state_requests = layouts::step_requests(layouts::harvest_step::state_dumps);
+constexpr auto feature_reports = layouts::step_requests(layouts::harvest_step::hid_reports).subspan(1);
+constexpr std::string_view stats_banner = request_row(layouts::request::stats).banner;
+constexpr std::string_view profile_banner = request_row(layouts::request::profile_events).banner;
+constexpr std::string_view assets_banner = request_row(layouts::request::assets).banner;
+constexpr std::int64_t line_stats_failed = request_row(layouts::request::stats).step_failure.line;
+constexpr std::int64_t line_assets_failed = request_row(layouts::request::assets).step_failure.line;
+constexpr std::int64_t line_no_pairs = layouts::hid_no_pairs.line;
+constexpr std::int64_t line_no_matching = layouts::hid_no_matching.line;
+constexpr std::int64_t line_no_device_service = layouts::hid_no_service.line;
+constexpr std::int64_t line_no_device = layouts::hid_no_device.line;
+constexpr std::int64_t line_device_open_failed = layouts::hid_open_failed.line;
+using state_request = layouts::harvest_request;
+using feature_report = layouts::harvest_request;
 
 // The result a failure is given when only standard output was captured.
 constexpr std::uint32_t unseen_refusal = 0xe00002c7;
@@ -226,7 +240,7 @@ class capture_parser {
     // length each request is offered.
     std::array<std::uint8_t, 12> buffer{};
     std::size_t length = 4096;
-    for (std::size_t row = 0; row < std::size(state_requests); ++row) {
+    for (std::size_t row = 0; row < state_requests.size(); ++row) {
       const state_request& entry = state_requests[row];
       const auto about = static_cast<request>(static_cast<int>(request::lyn_state) + static_cast<int>(row));
       if (peek() != entry.banner) return expected("the banner \"" + std::string(entry.banner) + "\"");
@@ -237,7 +251,7 @@ class capture_parser {
       if (access.failed()) {
         add_call(about, access.outcome, access.value, {}, access.line);
         harvest_->states.push_back(dump);
-        return take_step_failure("kelvra", entry.failure_line, about, access);
+        return take_step_failure("kelvra", entry.step_failure.line, about, access);
       }
       if (peek() == state_heading(entry)) {
         std::vector<std::uint8_t> record;
@@ -257,7 +271,7 @@ class capture_parser {
         length = dump.record->size();
         add_call(about, call_outcome::reply, 0, *dump.record, dump.line);
       } else {
-        const bool last = row + 1 == std::size(state_requests);
+        const bool last = row + 1 == state_requests.size();
         if (!last && peek() != state_requests[row + 1].banner && !model_.has_stderr) {
           // Standard output alone: the request failed out of sight.
           add_call(about, call_outcome::refused, unseen_refusal, {}, dump.line);
@@ -547,16 +561,16 @@ class capture_parser {
       return true;
     }
     add_call(request::hid_device, call_outcome::reply, 0, {}, number());
-    for (std::size_t row = 0; row < std::size(feature_reports); ++row) {
+    for (std::size_t row = 0; row < feature_reports.size(); ++row) {
       const feature_report& entry = feature_reports[row];
       if (peek() != entry.banner) return expected("the banner \"" + std::string(entry.banner) + "\"");
-      hid_report report{entry.id, number(), {}, false};
+      hid_report report{static_cast<std::uint8_t>(entry.command), number(), {}, false};
       ++at_;
-      if (peek_failure("kelvra", {entry.failure_line}, parsed)) {
+      if (peek_failure("kelvra", {entry.step_failure.line}, parsed)) {
         if (!take_failure(parsed)) return false;
         report.failed = true;
         add_call(request::hid_report, call_outcome::refused, parsed.failure.value, {},
-                 parsed.failure.line, entry.id);
+                 parsed.failure.line, static_cast<std::uint8_t>(entry.command));
         keep(std::move(parsed.failure), request::hid_report);
         harvest_->hid.push_back(std::move(report));
         return true;
@@ -568,15 +582,15 @@ class capture_parser {
         ++at_;
         if (report.bytes.size() % dump_line_bytes != 0) break;
       }
-      const bool last = row + 1 == std::size(feature_reports);
+      const bool last = row + 1 == feature_reports.size();
       if (report.bytes.empty() && !last && peek() != feature_reports[row + 1].banner &&
           !model_.has_stderr) {
         report.failed = true;
-        add_call(request::hid_report, call_outcome::refused, unseen_refusal, {}, report.line, entry.id);
+        add_call(request::hid_report, call_outcome::refused, unseen_refusal, {}, report.line, static_cast<std::uint8_t>(entry.command));
         harvest_->hid.push_back(std::move(report));
         return true;
       }
-      add_call(request::hid_report, call_outcome::reply, 0, report.bytes, report.line, entry.id);
+      add_call(request::hid_report, call_outcome::reply, 0, report.bytes, report.line, static_cast<std::uint8_t>(entry.command));
       harvest_->hid.push_back(std::move(report));
     }
     return true;

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <map>
 
-#include "kelvra/harvest_texts.h"
+#include "quandor/layouts/harvest_requests.h"
 #include "liblog_zol/digit_tables.h"
 
 namespace inspect {
@@ -231,8 +231,8 @@ bool harvest_asks(std::string_view name, std::string_view key) {
     call.about = about;
     if (entry_names[static_cast<std::size_t>(entry_of(about))] == name && answer_key(call) == key) return true;
   }
-  for (const harvest_texts::feature_report& report : harvest_texts::feature_reports)
-    if (name.empty() && std::to_string(report.id) == key) return true;
+  for (const layouts::harvest_request& report : layouts::step_requests(layouts::harvest_step::hid_reports).subspan(1))
+    if (name.empty() && std::to_string(report.command) == key) return true;
   return false;
 }
 
