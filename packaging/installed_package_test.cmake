@@ -26,7 +26,7 @@ endfunction()
 
 file(REMOVE_RECURSE ${WORK})
 set(install ${CMAKE_COMMAND} --install ${BUILD_DIR} --config ${CONFIG})
-set(tool_files bin/kelvra bin/kelvra-inspect share/tmxsim/devices/default.json
+set(tool_files bin/kelvra bin/kelvra-inspect bin/kelvra-fleet share/tmxsim/devices/default.json
     share/tmxsim/devices/faulty.json share/tmxsim/devices/no-coprocessor.json
     share/tmxsim/devices/default.harvest.txt share/tmxsim/devices/faulty.harvest.txt)
 set(development_files ${LIBDIR}/libtmxsim.a include/tmxsim/IOKit/IOKitLib.h
@@ -46,6 +46,8 @@ expect_files(${WORK}/development absent ${tool_files})
 
 set(prefix ${WORK}/prefix)
 run(${install} --prefix ${prefix})
+# The copyright and changelog in Debian's form go into the package only.
+expect_files(${prefix} absent share/doc/kelvra/copyright share/doc/kelvra/changelog.Debian.gz)
 
 # A desk tool of someone else's, against the installed package.
 run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/consumer -G ${GENERATOR}
