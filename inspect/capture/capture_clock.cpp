@@ -1,0 +1,353 @@
+#include "inspect/capture/capture_clock.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <ctime>
+#include <limits>
+
+#include "liblog_zol/calendar_time.h"
+
+namespace inspect {
+namespace {
+
+constexpr std::uint64_t last_nanosecond = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t last_microsecond = last_nanosecond / 1000;
+// The last microsecond is cut short by 2^64: it starts here, not 1000 before.
+constexpr std::uint64_t last_microsecond_start = last_microsecond * 1000;
+
+// The local years a sum can fall in, whatever the zone: it starts at
+// 1970-01-01 00:00 UTC and ends in July 2554.
+constexpr int first_year = 1969;
+constexpr int last_year = 2554;
+
+constexpr std::array<std::string_view, 12> month_names = {
+    "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+struct calendar_fields {
+  int month = 0;  // 0..11
+  int day = 0, hour = 0, minute = 0, second = 0;
+  std::uint64_t microsecond = 0;
+};
+
+// Plain digits only: from_chars would take a sign.
+bool read_digits(std::string_view text, std::size_t at, std::size_t count, int& value) {
+  value = 0;
+  for (const char c : text.substr(at, count)) {
+    if (c < '0' || c > '9') return false;
+    value = value * 10 + (c - '0');
+  }
+  return true;
+}
+
+std::optional<calendar_fields> parse_calendar_text(std::string_view text) {
+  if (text.size() != 22 || text[3] != ' ' || text[6] != ' ' || text[9] != ':' ||
+      text[12] != ':' || text[15] != '.')
+    return std::nullopt;
+  const auto month = std::find(month_names.begin(), month_names.end(), text.substr(0, 3));
+  if (month == month_names.end()) return std::nullopt;
+  calendar_fields fields;
+  fields.month = static_cast<int>(month - month_names.begin());
+  int microsecond = 0;
+  if (!read_digits(text, 4, 2, fields.day) || !read_digits(text, 7, 2, fields.hour) ||
+      !read_digits(text, 10, 2, fields.minute) || !read_digits(text, 13, 2, fields.second) ||
+      !read_digits(text, 16, 6, microsecond))
+    return std::nullopt;
+  fields.microsecond = static_cast<std::uint64_t>(microsecond);
+  return fields;
+}
+
+bool prints(std::uint64_t microseconds, std::string_view text) {
+  zol::calendar_text made;
+  return zol::make_calendar_text(microseconds, made) && made.view() == text;
+}
+
+// The ranges that put `text` in `year`: one, none in a skipped hour, two in
+// a repeated one. mktime normalises what does not exist, so each answer is
+// checked by printing it back.
+void add_year_ranges(std::uint64_t timestamp, std::string_view text,
+                     const calendar_fields& fields, int year, std::vector<offset_range>& ranges) {
+  for (const int dst : {-1, 0, 1}) {
+    std::tm local{};
+    local.tm_year = year - 1900;
+    local.tm_mon = fields.month;
+    local.tm_mday = fields.day;
+    local.tm_hour = fields.hour;
+    local.tm_min = fields.minute;
+    local.tm_sec = fields.second;
+    local.tm_isdst = dst;
+    const std::time_t seconds = std::mktime(&local);
+    if (seconds < 0 || static_cast<std::uint64_t>(seconds) > last_microsecond / 1000000) continue;
+    const std::uint64_t microseconds =
+        static_cast<std::uint64_t>(seconds) * 1000000 + fields.microsecond;
+    if (microseconds > last_microsecond || !prints(microseconds, text)) continue;
+    const std::uint64_t first = microseconds * 1000;
+    const offset_range range{
+        .start = first - timestamp * 1000,
+        .length = first == last_microsecond_start
+                      ? static_cast<std::uint32_t>(last_nanosecond - first + 1)
+                      : 1000};
+    if (std::find(ranges.begin(), ranges.end(), range) == ranges.end()) ranges.push_back(range);
+  }
+}
+
+std::vector<int> preferred_years(const year_preference& preference) {
+  std::vector<int> years;
+  if (preference.year) {
+    const auto add = [&](int year) {
+      if (year >= first_year && year <= last_year) years.push_back(year);
+    };
+    // From beyond the span the order is the one from its nearer end.
+    const int wanted = std::clamp(*preference.year, first_year, last_year);
+    add(wanted);
+    for (int distance = 1; distance <= last_year - first_year + 1; ++distance) {
+      add(wanted - distance);
+      add(wanted + distance);
+    }
+  } else {
+    const int now = std::clamp(preference.current_year, first_year - 1, last_year);
+    for (int year = now; year >= first_year; --year) years.push_back(year);
+    for (int year = now + 1; year <= last_year; ++year) years.push_back(year);
+  }
+  return years;
+}
+
+std::vector<offset_range> ranges_in_years(std::uint64_t timestamp, std::string_view text,
+                                          std::span<const int> years) {
+  std::vector<offset_range> ranges;
+  const std::optional<calendar_fields> fields = parse_calendar_text(text);
+  if (!fields) return ranges;
+  for (const int year : years) add_year_ranges(timestamp, text, *fields, year, ranges);
+  return ranges;
+}
+
+// Whether the text names a local time in any year; most do in the first.
+bool has_range(std::string_view text) {
+  const std::optional<calendar_fields> fields = parse_calendar_text(text);
+  if (!fields) return false;
+  std::vector<offset_range> ranges;
+  for (int year = first_year; year <= last_year && ranges.empty(); ++year)
+    add_year_ranges(0, text, *fields, year, ranges);
+  return !ranges.empty();
+}
+
+std::uint64_t circular_distance(std::uint64_t a, std::uint64_t b) {
+  return std::min(a - b, b - a);
+}
+
+// The local year a range puts `timestamp` in.
+int local_year(const offset_range& range, std::uint64_t timestamp) {
+  const auto seconds = static_cast<std::time_t>((timestamp * 1000 + range.start) / 1000 / 1000000);
+  std::tm local{};
+  if (localtime_r(&seconds, &local) == nullptr) return first_year;
+  return local.tm_year + 1900;
+}
+
+// One range for every readable text, the anchor's preferred first.
+std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
+                                         const year_preference& preference,
+                                         std::vector<std::uint64_t>& unreadable) {
+  std::size_t anchor = 0;
+  std::vector<offset_range> candidates;
+  for (; anchor < texts.size() && candidates.empty(); ++anchor) {
+    candidates = text_ranges(texts[anchor].timestamp, texts[anchor].text, preference);
+    if (candidates.empty()) unreadable.push_back(texts[anchor].line);
+  }
+  if (candidates.empty()) return std::nullopt;
+  --anchor;
+
+  std::vector<std::size_t> order;  // the texts to check, the last to rule a candidate out first
+  for (std::size_t i = anchor + 1; i < texts.size(); ++i) {
+    if (is_calendar_text(texts[i].text))
+      order.push_back(i);
+    else
+      unreadable.push_back(texts[i].line);
+  }
+  std::vector<bool> checked(texts.size(), false);  // has a range in some year
+  for (offset_range range : candidates) {
+    bool survives = true;
+    for (std::size_t at = 0; at < order.size() && survives;) {
+      const timed_text& text = texts[order[at]];
+      if (narrow_range(range, text.timestamp, text.text)) {
+        ++at;
+      } else if (checked[order[at]] || has_range(text.text)) {
+        checked[order[at]] = true;
+        std::rotate(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(at),
+                    order.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+        survives = false;
+      } else {
+        unreadable.push_back(text.line);
+        order.erase(order.begin() + static_cast<std::ptrdiff_t>(at));
+      }
+    }
+    if (!survives) continue;
+    std::sort(order.begin(), order.end());
+    const std::uint64_t last_line = order.empty() ? texts[anchor].line : texts[order.back()].line;
+    return clock_segment{.first_line = texts[anchor].line,
+                         .last_line = last_line,
+                         .texts = order.size() + 1,
+                         .range = range,
+                         .first_timestamp = texts[anchor].timestamp};
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+zol::timesync_pair offset_range::pair(std::uint64_t timestamp) const noexcept {
+  const std::uint64_t tmx = timestamp * 1000;
+  return {.tmx = static_cast<std::int64_t>(tmx),
+          .calendar = static_cast<std::int64_t>(tmx + start)};
+}
+
+bool is_calendar_text(std::string_view text) { return parse_calendar_text(text).has_value(); }
+
+bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text) {
+  std::uint64_t offset = range.start;
+  std::uint64_t sum = timestamp * 1000 + offset;
+  std::uint32_t left = range.length;
+  // Pieces of one microsecond each: the sum crosses a multiple of 1000 or
+  // wraps past 2^64 − 1 at most twice in 1000 offsets.
+  while (left > 0) {
+    const std::uint64_t to_next =
+        sum >= last_microsecond_start ? last_nanosecond - sum + 1 : 1000 - sum % 1000;
+    const auto piece = static_cast<std::uint32_t>(std::min<std::uint64_t>(to_next, left));
+    if (prints(sum / 1000, text)) {
+      range = {.start = offset, .length = piece};
+      return true;
+    }
+    offset += piece;
+    sum += piece;
+    left -= piece;
+  }
+  return false;
+}
+
+std::vector<offset_range> text_ranges(std::uint64_t timestamp, std::string_view text,
+                                      const year_preference& preference) {
+  return ranges_in_years(timestamp, text, preferred_years(preference));
+}
+
+std::optional<zol::timesync_pair> recovered_clock::pair() const {
+  if (segments.empty()) return std::nullopt;
+  return segments[main].pair();
+}
+
+recovered_clock recover_clock(std::span<const timed_text> texts,
+                              const year_preference& preference) {
+  recovered_clock clock;
+  if (std::optional<clock_segment> segment = one_segment(texts, preference, clock.unreadable)) {
+    clock.segments.push_back(*segment);
+    std::sort(clock.unreadable.begin(), clock.unreadable.end());
+    return clock;
+  }
+  clock_follower follower(preference, {});
+  std::string note;
+  for (const timed_text& text : texts)
+    follower.next_record(text.timestamp, text.text, text.line, note);
+  clock.segments = follower.segments();
+  clock.unreadable = follower.unreadable();
+  for (std::size_t i = 1; i < clock.segments.size(); ++i)
+    if (clock.segments[i].texts > clock.segments[clock.main].texts) clock.main = i;
+  return clock;
+}
+
+clock_follower::clock_follower(const year_preference& preference,
+                               std::span<const timed_text> first_texts)
+    : preference_(preference) {
+  if (first_texts.empty()) return;
+  std::vector<std::uint64_t> unreadable;
+  std::optional<clock_segment> start = one_segment(first_texts, preference, unreadable);
+  if (!start) {
+    // The walk starts with no range, so it needs no start of its own.
+    clock_follower walk(preference, {});
+    std::string note;
+    for (const timed_text& text : first_texts)
+      walk.next_record(text.timestamp, text.text, text.line, note);
+    if (!walk.segments_.empty()) start = walk.segments_.front();
+  }
+  // Taken up by the first text that it gives.
+  if (start) segments_.push_back({.range = start->range});
+}
+
+bool clock_follower::next_record(std::uint64_t timestamp, std::optional<std::string_view> text,
+                                 std::uint64_t line, std::string& note) {
+  has_text_ = text.has_value();
+  if (!text) return true;
+  const auto take = [&](std::size_t segment, const offset_range& range) {
+    clock_segment& taken = segments_[segment];
+    if (taken.texts == 0) {
+      taken.first_line = line;
+      taken.first_timestamp = timestamp;
+    }
+    taken.last_line = line;
+    ++taken.texts;
+    taken.range = range;
+    current_ = segment;
+  };
+  const auto start_segment = [&](const offset_range& range) {
+    if (segments_.empty() || segments_[current_].texts > 0) segments_.emplace_back();
+    take(segments_.size() - 1, range);
+  };
+
+  offset_range range;
+  if (!segments_.empty()) {
+    range = segments_[current_].range;
+    if (narrow_range(range, timestamp, *text)) {
+      take(current_, range);
+      return true;
+    }
+  }
+  if (!is_calendar_text(*text)) {
+    unreadable_.push_back(line);
+    note = "calendar-time '" + std::string(*text) + "' is not a \"Mon DD HH:MM:SS.ffffff\" time";
+    return false;
+  }
+  for (std::size_t i = segments_.size(); i-- > 0;) {
+    range = segments_[i].range;
+    if (i != current_ && narrow_range(range, timestamp, *text)) {
+      start_segment(range);
+      return true;
+    }
+  }
+
+  std::vector<offset_range> candidates;
+  if (!segments_.empty()) {
+    const offset_range& before = segments_[current_].range;
+    const int year = local_year(before, timestamp);
+    const std::array<int, 3> near_years = {year, year - 1, year + 1};
+    candidates = ranges_in_years(timestamp, *text, near_years);
+    if (candidates.empty()) candidates = text_ranges(timestamp, *text, preference_);
+    std::stable_sort(candidates.begin(), candidates.end(), [&](const auto& a, const auto& b) {
+      return circular_distance(a.start, before.start) < circular_distance(b.start, before.start);
+    });
+  } else {
+    candidates = text_ranges(timestamp, *text, preference_);
+  }
+  if (candidates.empty()) {
+    unreadable_.push_back(line);
+    note = "calendar-time '" + std::string(*text) +
+           "' is no local time in this time zone (set TZ to the phone's)";
+    return false;
+  }
+  start_segment(candidates.front());
+  return true;
+}
+
+bool clock_follower::read(zol::timesync_pair& pair) {
+  if (!has_text_ || segments_.empty()) return false;
+  pair = segments_[current_].pair();
+  return true;
+}
+
+std::optional<zol::timesync_pair> parse_timesync(std::string_view text) {
+  zol::timesync_pair pair;
+  const char* const end = text.data() + text.size();
+  const auto tmx = std::from_chars(text.data(), end, pair.tmx);
+  if (tmx.ec != std::errc{} || tmx.ptr == end || *tmx.ptr != ',') return std::nullopt;
+  const auto calendar = std::from_chars(tmx.ptr + 1, end, pair.calendar);
+  if (calendar.ec != std::errc{} || calendar.ptr != end) return std::nullopt;
+  return pair;
+}
+
+}  // namespace inspect
