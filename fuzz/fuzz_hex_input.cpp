@@ -1,5 +1,5 @@
 // "prof-event " lines through the reader: every record is its line's digits,
-// in order, and a fault names a prof-event line after the last record.
+// in order, and each damage names a line of the input.
 
 #include <charconv>
 #include <cstdint>

@@ -3,13 +3,12 @@
 // The lines of a fuzz input, to check what a line reader says against.
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
 #include <vector>
 
-#include "inspect/input/record_input.h"
+#include "inspect/input/input_reader.h"
 
 inline std::vector<std::string_view> lines_of(std::string_view text) {
   std::vector<std::string_view> lines;
@@ -29,29 +28,32 @@ inline bool line_starts_with(const std::vector<std::string_view>& lines, std::ui
 
 // `text` through the record reader as `form`: each record comes from a line
 // that starts with `prefix`, later than the one before, and `record_ok`
-// takes it with its line; after the last, the reader stays at its end and
-// keeps its form, and a fault names a later line that starts with `prefix`.
+// takes it with its first line; after the last the reader stays at its end;
+// each damage names a line of the input, or a byte within it.
 template <class record_test>
 void check_line_reader(std::string_view text, inspect::input_form form, std::string_view prefix,
                        record_test record_ok) {
-  static std::FILE* const discard = std::fopen("/dev/null", "w");
   const auto lines = lines_of(text);
-  const auto records =
-      inspect::open_records(inspect::memory_source(text), "fuzz", {form, false, discard});
+  inspect::input_fault fault;
+  auto input = inspect::open_input(inspect::memory_source(text), "fuzz", {form, nullptr}, fault);
+  if (!input) {
+    if (!text.empty() || fault.fault.empty()) __builtin_trap();
+    return;
+  }
+  inspect::damage_log damage("fuzz", nullptr);
+  const auto records = inspect::read_records(std::move(*input), damage);
   inspect::input_record record;
   std::uint64_t last = 0;
   while (records->next(record)) {
-    if (record.line <= last || !line_starts_with(lines, record.line, prefix) ||
-        !record_ok(lines[record.line - 1], record))
+    if (record.line <= last || record.last_line < record.line ||
+        !line_starts_with(lines, record.line, prefix) || !record_ok(lines[record.line - 1], record))
       __builtin_trap();
-    last = record.line;
+    last = record.last_line;
   }
-  if (records->next(record) || records->form() != form) __builtin_trap();
-  if (const auto& fault = records->fault()) {
-    std::uint64_t number = 0;
-    const std::string_view where = fault->where;
-    if (!where.starts_with("line ") || fault->fault.empty()) __builtin_trap();
-    std::from_chars(where.data() + 5, where.data() + where.size(), number);
-    if (number <= last || !line_starts_with(lines, number, prefix)) __builtin_trap();
+  if (records->next(record)) __builtin_trap();
+  for (const inspect::damage& d : damage.entries()) {
+    if (d.fault.empty() || (d.line == 0 && !d.byte) || d.line > lines.size() + 1 ||
+        (d.byte && *d.byte > text.size()))
+      __builtin_trap();
   }
 }

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "fuzz/fuzz_support.h"
-#include "inspect/capture/phone_additions.h"
+#include "inspect/outputs/phone_additions.h"
 #include "kelvra/collector.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,9 +1,10 @@
 #pragma once
 
 // A harvest capture read back whole: what each step printed, as the reply
-// bytes that printed it, and every failure line, in the order of the capture.
-// Which profile source a record came from does not show in the text; the
-// model keeps the records in order and only where a failure line splits them.
+// bytes that printed it, every failure line, the damage met on the way, the
+// clock pair of its calendar times, and the facts every output reads (the
+// source of each record, the press, the tracks, the sequence runs), each
+// found once when the capture is read.
 
 #include <array>
 #include <cstdint>
@@ -11,79 +12,70 @@
 #include <string>
 #include <vector>
 
+#include "inspect/capture/capture_clock.h"
+#include "inspect/capture/capture_facts.h"
+#include "inspect/input/input_damage.h"
 #include "liblog_zol/clock_source.h"
+#include "quandor/layouts/harvest_requests.h"
 
 namespace inspect {
 
-// The request a failure line or a printed block belongs to.
-enum class request {
-  stats,           // 215 on "zol-button"
-  lyn_state,       // 208 on "lyn"
-  btmspk_state,    // 208 on "btmspk"
-  button_counts,   // 208 on "zol-button"
-  button_enables,  // 209 on "zol-button"
-  profile_events,  // 209 on "profile", up to ten passes
-  profiler_log,    // selector 9 on the child of "ZOL_profile"
-  assets,          // 216 on "zol-button"
-  hid_device,      // matching, creating and opening the HID device
-  hid_report,      // one feature report
-};
-
-// What a failure line says went wrong.
-enum class failure_kind {
-  service_missing,   // no such service
-  open_failed,       // the service would not open
-  zero_connection,   // opened, but without a connection
-  command_failed,    // the request was refused
-  no_child,          // the profiler service has no client entry
-  step_failed,       // the step's own line after one of the above
-  device_missing,    // no HID device with the button's usage
-  device_failed,     // the HID device could not be made or opened
-};
+using layouts::failure_kind;
+using layouts::request;
 
 struct failure_line {
   std::uint64_t line = 0;  // in the capture, from 1
   request about = request::stats;
   failure_kind kind = failure_kind::step_failed;
-  std::uint8_t report_id = 0;  // hid_report only
-  std::string module;          // "kelvra" or "varnel"
-  std::string check;           // "kr == 0 ", "service", ...; empty when none
-  std::string source;          // "kelvra/kelvra" or "quandor/varnel"
+  std::string module;       // "kelvra" or "varnel"
+  std::string check;        // "kr == 0 ", "service", ...
+  std::string source;       // "kelvra/kelvra" or "quandor/varnel"
   std::int64_t source_line = 0;
-  std::uint32_t value = 0;     // the result it carries; 0 when none
-  std::string error_text;      // the platform's text for `value`
-  std::string text;            // the whole line
+  std::uint32_t value = 0;  // the result it carries; 0 when none
+  std::string error_text;   // the platform's text for `value`
+  std::string text;         // the whole line
+  std::string meaning;      // what it means for the capture, for people
 };
 
 struct stats_block {
   std::uint64_t line = 0;  // of the banner
   std::array<std::uint8_t, 282> record{};
-  bool printed = false;    // false: the reply was empty
+  bool printed = false;    // false: the reply was empty, or its block is damaged
+  bool damaged = false;
 };
 
 struct state_dump {
   request about = request::lyn_state;
   std::uint64_t line = 0;  // of the banner
   std::optional<std::vector<std::uint8_t>> record;  // none: nothing printed
+  bool damaged = false;
 };
 
 struct profile_entry {
   std::uint64_t line = 0;
+  std::uint64_t last_line = 0;  // a text with line ends runs over several
   std::array<std::uint8_t, 48> bytes{};
   std::optional<std::string> calendar_text;
+  record_source source = record_source::unknown;
 };
 
 struct assets_block {
-  std::uint64_t line = 0;  // of the banner
+  std::uint64_t line = 0;    // of the banner
   std::uint64_t length = 0;  // as the length line gives it; 0 when nothing printed
   std::array<std::uint8_t, 1200> table{};
+  bool damaged = false;
 };
 
 struct hid_report {
-  std::uint8_t id = 0;
-  std::uint64_t line = 0;  // of the banner
+  request about = request::report_e0;
+  std::uint64_t line = 0;           // of the banner
   std::vector<std::uint8_t> bytes;  // empty when the dump printed nothing
   bool failed = false;              // a failure line followed the banner
+  bool damaged = false;
+
+  std::uint8_t id() const noexcept {
+    return static_cast<std::uint8_t>(layouts::request_row(about).command);
+  }
 };
 
 // One device call as the capture shows it, in the order they were made.
@@ -99,7 +91,6 @@ enum class call_outcome {
 
 struct device_call {
   request about = request::stats;
-  std::uint8_t report_id = 0;  // hid_report only
   call_outcome outcome = call_outcome::reply;
   std::uint32_t value = 0;
   std::vector<std::uint8_t> reply;
@@ -113,19 +104,28 @@ struct harvest_model {
   bool profile_banner = false;
   std::vector<profile_entry> profile;
   // Records before this index came from the "profile" service, when a
-  // failure line or a full run of passes says so.
+  // failure line, a full run of passes or the sequence numbers say so.
   std::optional<std::size_t> events_end;
   std::optional<assets_block> assets;
   std::vector<hid_report> hid;
   std::vector<failure_line> failures;
   std::vector<device_call> calls;
+  // Where the capture ends inside this harvest, for people; empty when the
+  // harvest is whole.
+  std::string cut;
+  harvest_facts facts;
 };
 
 struct capture_model {
+  std::string input;  // as the user named it; "-" for standard input
   std::vector<harvest_model> harvests;
   bool has_stderr = false;  // any failure line seen
-  // The timesync pair the calendar texts give back; none without texts.
-  std::optional<zol::timesync_pair> timesync;
+  // The clock pair of the calendar texts, recovered; or --timesync.
+  recovered_clock clock;
+  std::optional<zol::timesync_pair> pair;
+  bool pair_given = false;  // --timesync
+  std::vector<inspect::damage> damage;
+  bool lost = false;  // some damage lost part of the capture
 };
 
 }  // namespace inspect

@@ -1,28 +1,33 @@
 #pragma once
 
 // A capture of kelvra --harvest (standard output alone, or with standard
-// error merged) into its model. A capture that cannot have come from the
-// collector is refused with the line and the fault.
+// error merged) read whole into its model: every intact line read, each
+// damage told once and kept in the model, the facts found.
 
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
+#include "inspect/capture/capture_clock.h"
 #include "inspect/capture/capture_model.h"
-#include "inspect/input/record_input.h"
+#include "inspect/input/byte_source.h"
+#include "inspect/input/input_damage.h"
 
 namespace inspect {
 
 struct capture_options {
-  std::optional<int> year;  // of the calendar texts; else the latest that fits
+  year_preference years;                       // of the calendar texts
+  std::optional<zol::timesync_pair> timesync;  // instead of the texts' pair
+  std::FILE* messages = stderr;                // where damage is told; null: nowhere
+  std::FILE* progress = nullptr;               // where a progress line goes, if anywhere
 };
 
-// `file` names the capture in the fault; "-" is standard input; gzip too.
-bool read_capture(const std::string& file, const capture_options& options,
-                  capture_model& model, input_fault& fault);
-
-bool read_capture_text(std::string_view text, const std::string& file,
-                       const capture_options& options, capture_model& model,
-                       input_fault& fault);
+// False, with `fault`, when nothing can be made of the input (status 2).
+// `file` names it in messages; "-" is standard input; gzip too.
+bool read_capture(const std::string& file, const capture_options& options, capture_model& model,
+                  input_fault& fault);
+bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
+                  const capture_options& options, capture_model& model, input_fault& fault);
 
 }  // namespace inspect

@@ -10,8 +10,6 @@
 
 namespace inspect {
 
-// "statistics of the last press (command 215 on zol-button)".
-std::string request_label(const failure_line& failure);
 // "service_missing", ...: stable words for tools.
 std::string_view kind_key(failure_kind kind) noexcept;
 // "the service is not on the phone", ...

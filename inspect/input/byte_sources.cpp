@@ -11,7 +11,7 @@
 #include <climits>
 #include <cstring>
 
-#include "inspect/input/record_input.h"
+#include "inspect/input/byte_source.h"
 
 namespace inspect {
 

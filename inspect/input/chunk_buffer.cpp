@@ -5,18 +5,12 @@
 
 namespace inspect {
 
-std::string input_label(std::string_view file) {
-  return file == "-" ? std::string("standard input") : std::string(file);
-}
-
 chunk_buffer::chunk_buffer(std::unique_ptr<byte_source> source, std::size_t kept,
-                           std::string label, const input_options& options)
+                           std::string label, std::FILE* progress)
     : source_(std::move(source)),
       capacity_(kept + chunk_size),
       store_(new char[capacity_]) {  // left uninitialised: only read once filled
-  if (options.progress) {
-    meter_.emplace(std::move(label), options.messages, progress_meter::clock::now());
-  }
+  if (progress != nullptr) meter_.emplace(std::move(label), progress, progress_meter::clock::now());
 }
 
 bool chunk_buffer::refill() {

@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "inspect/input/progress_meter.h"
-#include "inspect/input/record_input.h"
+#include "inspect/input/byte_source.h"
 
 namespace inspect {
 
@@ -22,9 +22,9 @@ class chunk_buffer {
   static constexpr std::size_t chunk_size = 256 * 1024;
 
   // Room for `kept` bytes held back across a refill, besides the chunk.
-  // Progress shows on options.messages when options.progress is set.
+  // Progress shows on `progress` when it is not null.
   chunk_buffer(std::unique_ptr<byte_source> source, std::size_t kept, std::string label,
-               const input_options& options);
+               std::FILE* progress);
 
   // The bytes not taken yet.
   std::string_view data() const { return {store_.get() + begin_, end_ - begin_}; }
@@ -53,8 +53,5 @@ class chunk_buffer {
   std::optional<std::string> read_fault_;
   std::optional<progress_meter> meter_;
 };
-
-// The name an input goes by in messages.
-std::string input_label(std::string_view file);
 
 }  // namespace inspect

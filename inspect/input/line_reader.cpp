@@ -10,6 +10,16 @@ namespace {
 // Enough of a long line's start to tell which kind of line it is.
 constexpr std::size_t long_line_start = 64;
 
+text_line cut_line(std::string_view text, std::uint64_t number, bool ended) {
+  text_line line{text, number, false, ended, false};
+  // Cut short inside its line end, a line still ends at its "\r".
+  if (line.text.ends_with('\r')) {
+    line.text.remove_suffix(1);
+    line.crlf = true;
+  }
+  return line;
+}
+
 }  // namespace
 
 bool line_reader::skip_rest_of_line() {
@@ -37,7 +47,7 @@ bool line_reader::next(text_line& line) {
     if (end != nullptr) {
       const auto length = static_cast<std::size_t>(static_cast<const char*>(end) - data.data());
       if (length > longest_line) break;
-      line = {data.substr(0, length), ++number_, false};
+      line = cut_line(data.substr(0, length), ++number_, true);
       input_.take(length + 1);
       scanned_ = 0;
       return true;
@@ -45,17 +55,18 @@ bool line_reader::next(text_line& line) {
     scanned_ = data.size();
     if (data.size() > longest_line) break;
     if (!input_.refill()) {
-      // A last line without "\n" is a line all the same. Refilling moved it.
+      // The input ends inside a line: handed out as it stands. Refilling
+      // moved it.
       const std::string_view last = input_.data();
-      if (last.empty() || input_.read_fault()) return false;
-      line = {last, ++number_, false};
+      if (last.empty()) return false;
+      line = cut_line(last, ++number_, false);
       input_.take(last.size());
       scanned_ = 0;
       return true;
     }
   }
   const std::string_view data = input_.data();
-  line = {data.substr(0, long_line_start), ++number_, true};
+  line = {data.substr(0, long_line_start), ++number_, false, true, true};
   // The start stays in the buffer until the next call.
   skipping_ = true;
   scanned_ = 0;

@@ -1,7 +1,9 @@
 #pragma once
 
-// The lines of a chunked input, numbered from 1. A line too long to hold is
-// handed out as its first bytes only and then skipped, never kept whole.
+// The lines of an input, numbered from 1: the one splitter every reader
+// uses. A line ends at "\n"; a "\r" just before it belongs to the line end
+// (a capture saved on another system). A line too long to hold is handed out
+// as its first bytes only and then skipped, never kept whole.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,8 +14,10 @@
 namespace inspect {
 
 struct text_line {
-  std::string_view text;  // without the "\n"; valid until the next call
+  std::string_view text;  // without its line end; valid until the next call
   std::uint64_t number = 0;
+  bool crlf = false;      // it ended in "\r\n"
+  bool ended = true;      // false: the input ends inside it
   bool too_long = false;  // then `text` is only the line's start
 };
 

@@ -1,16 +1,14 @@
-#include "inspect/input/raw_reader.h"
-
-#include <cstdio>
 #include <cstring>
 
-namespace inspect {
+#include "inspect/input/input_reader.h"
 
+namespace inspect {
 namespace {
 
-class raw_record_input final : public record_input {
+class raw_record_reader final : public record_reader {
  public:
-  raw_record_input(std::unique_ptr<chunk_buffer> input, std::string file, std::FILE* messages)
-      : input_(std::move(input)), file_(std::move(file)), messages_(messages) {}
+  raw_record_reader(std::unique_ptr<chunk_buffer> input, damage_log& damage)
+      : input_(std::move(input)), damage_(damage) {}
 
   bool next(input_record& record) override {
     if (ended_) return false;
@@ -18,44 +16,43 @@ class raw_record_input final : public record_input {
       if (!input_->refill()) return end();
     }
     std::memcpy(record.bytes.data(), input_->data().data(), record.bytes.size());
-    record.line = 0;
+    record.line = record.last_line = 0;
     record.offset = input_->position();
     record.calendar_text.reset();
     input_->take(record.bytes.size());
     return true;
   }
 
-  const std::optional<input_fault>& fault() const override { return fault_; }
-  input_form form() const override { return input_form::raw; }
+  bool found_form() const override { return true; }
 
  private:
   bool end() {
     ended_ = true;
+    const std::size_t tail = input_->data().size();
+    const std::uint64_t at = input_->position();
     if (const auto& read_fault = input_->read_fault()) {
-      fault_ = input_fault{file_, "", *read_fault};
-    } else if (const std::size_t tail = input_->data().size(); tail != 0) {
+      damage_.add({0, 0, at + tail, "the input is cut short: " + *read_fault, "the rest is lost",
+                   true});
+    }
+    if (tail != 0) {
       // A capture cut short loses its last record, not the rest.
-      std::fprintf(messages_,
-                   "kelvra-inspect: %s: warning: %zu trailing bytes at byte %llu ignored "
-                   "(not a whole 48-byte record)\n",
-                   input_label(file_).c_str(), tail,
-                   static_cast<unsigned long long>(input_->position()));
+      damage_.add({0, 0, at,
+                   std::to_string(tail) + " trailing bytes, not a whole 48-byte record",
+                   "left out", true});
     }
     return false;
   }
 
   std::unique_ptr<chunk_buffer> input_;
-  std::string file_;
-  std::FILE* messages_;
-  std::optional<input_fault> fault_;
+  damage_log& damage_;
   bool ended_ = false;
 };
 
 }  // namespace
 
-std::unique_ptr<record_input> make_raw_reader(std::unique_ptr<chunk_buffer> input,
-                                              std::string file, std::FILE* messages) {
-  return std::make_unique<raw_record_input>(std::move(input), std::move(file), messages);
+std::unique_ptr<record_reader> read_raw_records(std::unique_ptr<chunk_buffer> input,
+                                                damage_log& damage) {
+  return std::make_unique<raw_record_reader>(std::move(input), damage);
 }
 
 }  // namespace inspect

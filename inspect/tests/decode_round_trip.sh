@@ -28,10 +28,11 @@ for phone in "$@"; do
     echo "ok: $(basename "$phone") TZ=$zone, $(wc -l <"$work/expected") lines"
   done
 done
-# Faults: one line naming the file, the line and the fault, and status 2; a
-# raw tail is a warning.
+# Damage: a warning naming the file, the line and the fault, the rest read,
+# status 1; nothing to read: one line and status 2.
 printf 'banner\n%s\n' "{  'category':'x', 'binary-data':[1,2,3]}" >"$work/short"
 printf '%048d' 0 >"$work/raw"; printf 'abc' >>"$work/raw"
+printf '# notes\nnothing to see\n' >"$work/text"
 check() {  # expected status, expected standard error, command...
   local status=0 want=$1 message=$2
   shift 2
@@ -40,12 +41,15 @@ check() {  # expected status, expected standard error, command...
     echo "FAIL: $*: status $status, said: $(cat "$work/err")"; failed=1
   fi
 }
-check 2 "kelvra-inspect: $work/short: line 2: binary-data holds 3 values, not 48" \
+check 1 "kelvra-inspect: $work/short: line 1: note: text before the first line of a harvest; passed over
+kelvra-inspect: $work/short: line 2: warning: binary-data holds 3 values, not 48; line skipped" \
   "$inspect" decode "$work/short"
 check 2 "kelvra-inspect: $work/none: cannot open: No such file or directory" \
   "$inspect" records "$work/none"
-check 0 "kelvra-inspect: $work/raw: warning: 3 trailing bytes at byte 48 ignored (not a whole 48-byte record)" \
+check 1 "kelvra-inspect: $work/raw: byte 48: warning: 3 trailing bytes, not a whole 48-byte record; left out" \
   "$inspect" decode --from raw "$work/raw"
+check 2 "kelvra-inspect: $work/text: not a capture: no harvest banner, profile line or failure line, no \"prof-event \" line, and text rather than raw records in its first 64 KiB (--from names the form)" \
+  "$inspect" decode "$work/text"
 check 2 "kelvra-inspect: --timesync wants two integers TMX,CALENDAR, not '1'" \
   "$inspect" decode --timesync 1 "$work/raw"
 exit $failed

@@ -119,13 +119,23 @@ for phone in "$@"; do
   fi
 done
 
-# A damaged capture: status 2 and one line on standard error.
-refused() {  # what, capture
-  local status=0 lines
+# A damaged capture: no phone prints it, status 2 after the damage told
+# and the refusal naming its line; with --partial, the phone of what could
+# be read, status 1. `whole`: what that phone harvests, if it is known.
+refused() {  # what, capture, whole
+  local status=0 last
   TZ=UTC "$inspect" phone "$2" >/dev/null 2>"$2.err" </dev/null || status=$?
-  lines=$(wc -l <"$2.err")
-  if [ "$status" != 2 ] || [ "$lines" != 1 ] || ! grep -q '^kelvra-inspect: ' "$2.err"; then
-    fail "$1" merged "kelvra-inspect phone: status $status, $lines lines: $(head -n 3 "$2.err")"
+  last=$(tail -n 1 "$2.err")
+  if [ "$status" != 2 ] || ! [[ $last =~ ^kelvra-inspect:\ .*:\ line\ [0-9]+:\ no\ phone\ prints ]]; then
+    fail "$1" merged "kelvra-inspect phone: status $status, said: $(cat "$2.err")"
+  fi
+  status=0
+  TZ=UTC "$inspect" phone --partial "$2" >"$2.phone.json" 2>/dev/null </dev/null || status=$?
+  [ "$status" = 1 ] || fail "$1" merged "kelvra-inspect phone --partial: status $status"
+  TZ=UTC TMXSIM_DEVICE=$2.phone.json "$kelvra" --harvest >"$2.again" 2>&1 ||
+    fail "$1" merged "the partial phone does not harvest"
+  if [ -n "${3:-}" ] && ! cmp -s "$2.again" "$3"; then
+    fail "$1" merged "the partial phone does not print the capture it was cut from"
   fi
 }
 if [ "$have_phone" = 1 ]; then
@@ -148,7 +158,7 @@ if [ "$have_phone" = 1 ]; then
   if cmp -s "$bad/whole" "$bad/mangled"; then
     fail "default phone" merged "no get-assets banner in its capture"
   else
-    refused "capture with a misspelt banner" "$bad/mangled"
+    refused "capture with a misspelt banner" "$bad/mangled" "$bad/whole"
   fi
 fi
 

@@ -6,11 +6,14 @@
 writes DIR/phone-NNNN.json (a device description) and DIR/phone-NNNN.env
 (TZ=... and, when the phone has a clock pair, YEAR=...: the local year of the
 pair's calendar value, since calendar texts carry no year; left out when it
-is not one `kelvra-inspect --year` takes, 1971 to 9999).
+is not one `kelvra-inspect --year` takes, 1969 to 2555).
 
 Replies are random bytes of random length: nothing here knows a record layout
 beyond the 48-byte profile record's type word and timestamp, which steer the
-calendar texts. Every kind of fault the collector meets is drawn now and then.
+calendar texts. Every kind of fault the collector meets is drawn now and then,
+and the clocks of misbehaving phones: a wall clock never set (calendar 0), a
+negative calendar, a calendar before its tmx, sentinel and wild timestamps,
+records years away from the pair, sums that wrap the unsigned arithmetic.
 The same seed always gives the same phones.
 """
 
@@ -110,7 +113,7 @@ def payload(rng, n):
             out += rng.randint(0, top).to_bytes(4, "little")
         return bytes(out[:n])
     words = ["nimbrel_feed", "gyro", "pkey", "amp", "lyn", "x", "sensor-0", "~!@#", "tab\there",
-             "quote'", 'dq"', "back\\slash"]
+             "quote'", 'dq"', "back\\slash", "ctl\x01", "\x1b[1m", "del\x7f", "\x0b\x0c", "cr\r"]
     if kind == "utf8":
         words += ["caf\u00e9", "\u20ac5", "\u00ff", "\U0001F600", "na\u00efve"]
     text = bytearray()
@@ -139,7 +142,10 @@ def record(rng, seq, timestamp, wild):
 
 def local_year(ns, zone):
     seconds = ns // 10**9
-    return datetime.datetime.fromtimestamp(seconds, zoneinfo.ZoneInfo(zone)).year
+    try:
+        return datetime.datetime.fromtimestamp(seconds, zoneinfo.ZoneInfo(zone)).year
+    except (OverflowError, ValueError, OSError):
+        return None
 
 
 def local_instant_us(zone, year, month, day, hour=0, minute=0):
@@ -178,8 +184,8 @@ class Clock:
 
     def __init__(self, rng):
         self.rng = rng
-        self.plan = pick(rng, [(30, "plain"), (14, "new-year"), (14, "dst"), (10, "leap"),
-                               (15, "none"), (9, "odd")])
+        self.plan = pick(rng, [(26, "plain"), (12, "new-year"), (12, "dst"), (8, "leap"),
+                               (13, "none"), (8, "odd"), (21, "misbehaving")])
         if self.plan == "dst":
             self.zone = rng.choice(DST_ZONES)
         else:
@@ -214,10 +220,40 @@ class Clock:
             boundary = local_instant_us(self.zone, leap, day[0], day[1])
             self.pair(self.near(boundary),
                       boundary + rng.randint(-6 * 3600 * 10**6, 6 * 3600 * 10**6))
-        else:
+        elif self.plan == "odd":
             self.odd(year)
+        else:
+            self.misbehaving()
         # Some phones hold records with times and headers at random.
-        self.wild = rng.random() < 0.2
+        self.wild = rng.random() < (0.5 if self.plan == "misbehaving" else 0.2)
+
+    def misbehaving(self):
+        """A pair whose sums wrap: the texts may fall in any year from 1969 to 2554."""
+        rng = self.rng
+        kind = rng.choice(["unset", "negative", "before", "far", "top"])
+        if kind == "unset":
+            # The wall clock was never set: records before tmx wrap to 2554.
+            calendar = 0
+            self.spread_us = rng.choice([10**6, 10**8])
+        elif kind == "negative":
+            calendar = -rng.randint(1, 9 * 10**18)
+        elif kind == "before":
+            # Three years of uptime, a calendar eleven days after 1970.
+            self.uptime_us = rng.randint(10**14, 2 * 10**14)
+            self.tmx = self.uptime_us * 1000 + rng.randrange(1000)
+            calendar = rng.randint(0, 10**15)
+        elif kind == "far":
+            calendar = rng.randint(10**18, 2 * 10**18)
+            # Records years before the pair.
+            self.centre_us = self.uptime_us - rng.randint(10**13, 10**15)
+        else:
+            # The sum close to 2^64: the latest instants the clock reaches.
+            calendar = self.tmx - rng.randint(0, 10**12) * 1000 - 2 * 10**9
+        self.centre_us = self.centre_us if self.centre_us is not None else self.uptime_us
+        self.service = self.timesync_service({"tmx": self.tmx, "calendar": calendar})
+        year = local_year((self.centre_us * 1000 + calendar - self.tmx) % 2**64, self.zone)
+        if 1969 <= year <= 2555:
+            self.year = year
 
     def near(self, boundary_us):
         """A window centre close enough for the records to cross the boundary."""
@@ -228,7 +264,7 @@ class Clock:
         self.centre_us = self.uptime_us + (centre_instant_us - pair_instant_us)
         self.service = self.timesync_service({"tmx": self.tmx, "calendar": calendar})
         year = local_year(calendar, self.zone)
-        if 1971 <= year <= 9999:
+        if year is not None and 1969 <= year <= 2555:
             self.year = year
 
     def odd(self, year):
@@ -273,10 +309,12 @@ class Clock:
         for _ in range(count):
             self.cursor += rng.randint(0, 2 * self.step)
             if self.wild and rng.random() < 0.03:
-                out.append(rng.randrange(2**64) if rng.random() < 0.3
-                           else max(0, self.cursor - rng.randint(0, 10**7)))
+                out.append(pick(rng, [(3, rng.randrange(2**64)),
+                                      (2, rng.choice([2**64 - 1, 0, 2**63, 2**64 - 1000, 1])),
+                                      (2, max(0, self.cursor - rng.randint(10**12, 10**15))),
+                                      (3, max(0, self.cursor - rng.randint(0, 10**7)))]))
             else:
-                out.append(max(0, self.cursor))
+                out.append(max(0, self.cursor) % 2**64)
         return out
 
 

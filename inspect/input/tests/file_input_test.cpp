@@ -28,13 +28,14 @@ TEST(FileInput, PlainAndGzip) {
     add_record(seen, 2 * i + 2, i % 256);
   }
   const std::string packed = gzip(text.substr(0, 1100)) + gzip(text.substr(1100));
-  const std::string corrupt = " | kelvra-inspect: " + scratch + ": corrupt gzip data: ";
+  const std::string cut = "kelvra-inspect: " + scratch + ": byte ";
   // Name, what the file holds, what is read: the start of it when a fault ends it.
   const std::vector<std::tuple<std::string, std::string, std::string>> cases = {
       {"plain", text, seen},
       {"two gzip members", packed, seen},
-      {"trailer cut short", packed.substr(0, packed.size() - 4), seen + corrupt},
-      {"corrupt", packed.substr(0, 10) + std::string(200, '\xff'), "harvest" + corrupt},
+      {"trailer cut short", packed.substr(0, packed.size() - 4), seen + cut},
+      {"corrupt from the start", packed.substr(0, 10) + std::string(200, '\xff'),
+       "| kelvra-inspect: " + scratch + ": corrupt gzip data: "},
   };
   for (const auto& [name, content, start] : cases) {
     std::ofstream(scratch, std::ios::binary) << content;
@@ -44,7 +45,11 @@ TEST(FileInput, PlainAndGzip) {
     EXPECT_EQ(source->size(), content.size()) << name;
     const std::string got = drain(std::move(source), scratch);
     EXPECT_EQ(got.substr(0, start.size()), start) << name;
-    EXPECT_EQ(got.size() == start.size(), start.find(" | ") == std::string::npos) << name;
+    const bool damaged = start.find("kelvra-inspect") != std::string::npos;
+    EXPECT_EQ(got.size() == start.size(), !damaged) << name;
+    if (damaged && start[0] != '|') {
+      EXPECT_NE(got.find("warning: the input is cut short: corrupt gzip data"), std::string::npos) << got;
+    }
   }
   std::remove(scratch.c_str());
 }

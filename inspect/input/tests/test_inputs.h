@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "inspect/input/record_input.h"
+#include "inspect/input/input_reader.h"
 
 namespace inspect_test {
 
@@ -19,7 +19,7 @@ using record_bytes = std::array<std::uint8_t, 48>;
 inline record_bytes sample(int seed) {
   record_bytes bytes{};
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    bytes[i] = static_cast<std::uint8_t>(seed * 37 + i * 11);
+    bytes[i] = static_cast<std::uint8_t>(seed * 37 + static_cast<int>(i) * 11);
   }
   return bytes;
 }
@@ -61,23 +61,31 @@ inline void add_record(std::string& seen, std::uint64_t at, int seed) {
 }
 
 // "FORM LINE:SEED..." (raw: "OFFSET:SEED"; seed 256 for bytes of no sample;
-// the calendar text in brackets), then " | " and the fault line if there is
-// one, then whatever went to the messages.
+// the calendar text in brackets), " | nothing" when the input held nothing
+// of its form, then the damage told; or "| FAULT LINE" when nothing could be
+// made of the input.
 inline std::string drain(std::unique_ptr<inspect::byte_source> source, const std::string& file,
                          std::optional<inspect::input_form> form = std::nullopt) {
+  inspect::input_fault fault;
+  std::optional<inspect::opened_input> input =
+      inspect::open_input(std::move(source), file, {form, nullptr}, fault);
+  if (!input) return "| " + inspect::fault_line(fault);
+  const inspect::input_form found = input->form;
+  std::string seen(inspect::form_of(found).name);
   std::FILE* messages = std::tmpfile();
-  const auto records = inspect::open_records(std::move(source), file, {form, false, messages});
-  std::string seen(inspect::form_name(records->form()));
+  inspect::damage_log damage(file, messages);
+  const auto records = inspect::read_records(std::move(*input), damage);
   inspect::input_record record;
   while (records->next(record)) {
     int seed = 0;
     while (seed < 256 && sample(seed) != record.bytes) ++seed;
-    const bool raw = records->form() == inspect::input_form::raw;
+    const bool raw = found == inspect::input_form::raw;
     add_record(seen, raw ? record.offset : record.line, seed);
     if (record.calendar_text) (seen += '[').append(*record.calendar_text) += ']';
   }
   if (records->next(record)) seen += " | a record after the end";
-  if (records->fault()) seen += " | " + inspect::fault_line(*records->fault());
+  if (!records->found_form()) seen += " | nothing";
+  damage.finish();
   return seen + read_all(messages);
 }
 

@@ -1,0 +1,210 @@
+// The facts of a harvest: the press against the checkpoint records, the
+// sequence runs, what failure lines mean.
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+#include "inspect/capture/capture_model.h"
+#include "inspect/capture/failure_meaning.h"
+#include "inspect/capture/press_stats.h"
+#include "inspect/capture/tests/model_builders.h"
+
+namespace inspect::test {
+namespace {
+
+TEST(press_stats, every_field_from_its_offset) {
+  stats_record s;
+  s.u64(0, 1000).u64(8, 900'000).u64(16, 1500).u64(24, 40'000).u64(266, 3500);
+  for (std::size_t i = 0; i < 6; ++i) {
+    s.u64(88 + 8 * i, 41'000 + i);
+    s.u64(136 + 8 * i, 42'000 + i);
+    s.u64(184 + 8 * i, 600 + i);
+  }
+  s.u32(233, 7).u32(274, 62).u32(278, 12);
+  const press_stats p = read_press_stats(s.bytes);
+  EXPECT_EQ(p.finger_on, 1000u);
+  EXPECT_EQ(p.finger_off, 900'000u);
+  EXPECT_EQ(p.start_haptics, 1500u);
+  EXPECT_EQ(p.latency_fd_to_down, 40'000u);
+  EXPECT_EQ(p.click_count, 3u);  // 7 >> 1
+  EXPECT_EQ(p.second_scan, 3500u);
+  EXPECT_EQ(p.gorvin_scans, 62u);
+  EXPECT_EQ(p.lumet_scans, 12u);
+  for (std::size_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(p.button[i], 41'000 + i);
+    EXPECT_EQ(p.asset[i], 42'000 + i);
+    EXPECT_EQ(p.asset_latency[i], 600 + i);
+  }
+}
+
+TEST(press_stats, second_scan_before_finger_on_is_kept) {
+  stats_record s;
+  s.u64(0, 10).u64(266, 5);
+  EXPECT_EQ(read_press_stats(s.bytes).second_scan, 5u);
+}
+
+struct offset_case {
+  const char* what;
+  std::int64_t down_offset;
+  bool disagrees;
+};
+
+void PrintTo(const offset_case& c, std::ostream* out) { *out << c.what; }
+
+class checkpoint_offsets : public testing::TestWithParam<offset_case> {};
+
+TEST_P(checkpoint_offsets, beyond_the_tolerance_is_called_out) {
+  const stats_record stats = one_click();
+  const capture_model model = model_of(&stats, checkpoints(GetParam().down_offset));
+  const harvest_facts& facts = model.harvests[0].facts;
+  ASSERT_TRUE(facts.press);
+  EXPECT_EQ(!facts.press->disagreements.empty(), GetParam().disagrees);
+  if (GetParam().disagrees) {
+    EXPECT_NE(facts.press->disagreements.front().find("click 1 down"), std::string::npos);
+  }
+  EXPECT_TRUE(facts.press->notes.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    cases, checkpoint_offsets,
+    testing::Values(offset_case{"same time", 0, false},
+                    offset_case{"logged as the controller handles it", 8, false},
+                    offset_case{"at the tolerance", 50, false},
+                    offset_case{"past the tolerance", 51, true},
+                    offset_case{"before the edge", -120, true}),
+    case_name<offset_case>);
+
+TEST(press_chain, steps_from_the_record) {
+  const stats_record stats = one_click();
+  const capture_model model = model_of(&stats, checkpoints(8));
+  const harvest_facts& facts = model.harvests[0].facts;
+  const press_chain& chain = *facts.press;
+  struct expected_step {
+    step_kind kind;
+    std::uint64_t duration;
+  } expected[] = {{step_kind::finger_to_down, 40'000},
+                  {step_kind::held, 100'000},
+                  {step_kind::down_to_asset, 600},
+                  {step_kind::up_to_asset, 580}};
+  ASSERT_EQ(chain.steps.size(), std::size(expected));
+  for (std::size_t i = 0; i < chain.steps.size(); ++i) {
+    EXPECT_EQ(chain.steps[i].kind, expected[i].kind);
+    EXPECT_EQ(chain.duration(chain.steps[i]), expected[i].duration);
+  }
+}
+
+TEST(press_chain, a_latency_field_off_its_timestamps_disagrees) {
+  stats_record stats = one_click();
+  stats.u64(184, 650);
+  const capture_model model = model_of(&stats, checkpoints(0));
+  const harvest_facts& facts = model.harvests[0].facts;
+  ASSERT_EQ(facts.press->disagreements.size(), 1u);
+  EXPECT_NE(facts.press->disagreements[0].find("650 µs"), std::string::npos);
+  EXPECT_NE(facts.press->disagreements[0].find("600 µs apart"), std::string::npos);
+}
+
+TEST(press_chain, a_button_edge_the_record_does_not_count_disagrees) {
+  const stats_record stats = one_click();
+  std::vector<profile_entry> profile = checkpoints(0);
+  profile.push_back(record(checkpoint_word(2), 8, 200'000, 2));
+  const capture_model model = model_of(&stats, profile);
+  const harvest_facts& facts = model.harvests[0].facts;
+  ASSERT_EQ(facts.press->disagreements.size(), 1u);
+  EXPECT_NE(facts.press->disagreements[0].find("matches no click"), std::string::npos);
+}
+
+TEST(press_chain, without_checkpoints_nothing_is_checked) {
+  const stats_record stats = one_click();
+  const capture_model model = model_of(&stats, {record(0x02000203, 1, 20'000)});
+  const harvest_facts& facts = model.harvests[0].facts;
+  EXPECT_TRUE(facts.press->disagreements.empty());
+  ASSERT_EQ(facts.press->notes.size(), 1u);
+  EXPECT_NE(facts.press->notes[0].find("not checked"), std::string::npos);
+}
+
+struct run_case {
+  const char* what;
+  std::vector<std::uint32_t> numbers;
+  std::size_t runs;
+  std::uint64_t lost;
+  std::size_t repeats;
+  std::size_t out_of_order;
+};
+
+void PrintTo(const run_case& c, std::ostream* out) { *out << c.what; }
+
+class sequence_runs : public testing::TestWithParam<run_case> {};
+
+TEST_P(sequence_runs, lost_repeated_and_late) {
+  std::vector<profile_entry> profile;
+  std::uint64_t time = 1000;
+  for (const std::uint32_t n : GetParam().numbers) profile.push_back(record(0x02000203, n, time += 10));
+  for (std::size_t i = 0; i < profile.size(); ++i) profile[i].line = 10 + i;
+  const capture_model model = model_of(nullptr, profile);
+  const harvest_facts& facts = model.harvests[0].facts;
+  ASSERT_EQ(facts.runs.size(), GetParam().runs);
+  std::uint64_t lost = 0;
+  std::size_t repeats = 0;
+  std::size_t late = 0;
+  for (const sequence_run& run : facts.runs) {
+    lost += run.lost;
+    repeats += run.repeats.size();
+    late += run.out_of_order;
+  }
+  EXPECT_EQ(lost, GetParam().lost);
+  EXPECT_EQ(repeats, GetParam().repeats);
+  EXPECT_EQ(late, GetParam().out_of_order);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    cases, sequence_runs,
+    testing::Values(run_case{"consecutive", {1, 2, 3}, 1, 0, 0, 0},
+                    run_case{"two lost", {1, 2, 5}, 1, 2, 0, 0},
+                    run_case{"a duplicate", {1, 2, 2, 3}, 1, 0, 1, 0},
+                    run_case{"a late record", {1, 3, 2, 4}, 1, 0, 0, 1},
+                    run_case{"a second numbering", {40, 41, 7, 8}, 2, 0, 0, 0},
+                    run_case{"across 2 32", {0xfffffffe, 0xffffffff, 0, 1}, 1, 0, 0, 0}),
+    case_name<run_case>);
+
+struct meaning_case {
+  const char* what;
+  failure_kind kind;
+  request about;
+  std::uint32_t value;
+  const char* error_text;
+  std::vector<const char*> parts;
+};
+
+void PrintTo(const meaning_case& c, std::ostream* out) { *out << c.what; }
+
+class failure_meanings : public testing::TestWithParam<meaning_case> {};
+
+TEST_P(failure_meanings, say_what_went_wrong_and_what_is_lost) {
+  failure_line f;
+  f.kind = GetParam().kind;
+  f.about = GetParam().about;
+  f.value = GetParam().value;
+  f.error_text = GetParam().error_text;
+  const std::string text = failure_meaning(f);
+  for (const char* part : GetParam().parts) EXPECT_NE(text.find(part), std::string::npos) << text;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    cases, failure_meanings,
+    testing::Values(
+        meaning_case{"a missing service", failure_kind::service_missing, request::stats, 0, "",
+                     {"command 215", "not on the phone", "no statistics record"}},
+        meaning_case{"a refusal with its text", failure_kind::command_failed, request::lyn_state,
+                     0xe00002f0,
+                     "(iokit/common) data was not found",
+                     {"lyn", "refused", "0xe00002f0", "data was not found"}},
+        meaning_case{"a refusal without text", failure_kind::command_failed,
+                     request::profiler_log, 0xffffffff, "(null)",
+                     {"0xffffffff", "no text for", "profiler log"}},
+        meaning_case{"a report step", failure_kind::step_failed, request::report_e3, 0, "",
+                     {"HID feature report 0xe3", "gave up"}}),
+    case_name<meaning_case>);
+
+}  // namespace
+}  // namespace inspect::test

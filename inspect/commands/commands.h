@@ -1,0 +1,43 @@
+#pragma once
+
+// The subcommands of kelvra-inspect; each returns the exit status: 0 when
+// the input was read whole, 1 when it was damaged and everything readable
+// was written, 2 when nothing could be made of it.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "inspect/capture/capture_reader.h"
+#include "inspect/capture/record_stream.h"
+
+namespace inspect {
+
+// The collector's lines for the records, or with `hex` its "prof-event " lines.
+int run_decode(const stream_options& options, bool hex);
+
+// One JSON object per record (JSON Lines).
+int run_records(const stream_options& options);
+
+// What the whole-capture subcommands are given.
+struct capture_settings {
+  std::string input = "-";
+  capture_options reading;
+  std::string output = "-";
+  std::size_t harvest = 1;  // the views': which harvest, from 1
+};
+
+// The views of a whole capture: Trace Event JSON, a summary as text or
+// JSON, an HTML timeline.
+enum class capture_view { trace, summary, summary_json, timeline };
+int run_capture_view(const capture_settings& settings, capture_view view);
+
+// A phone description that prints the capture again. `additions`, when not
+// empty, names a description of what the capture cannot show; `partial`
+// writes the phone of a damaged capture's readable part.
+int run_phone(const capture_settings& settings, const std::string& additions, bool partial);
+
+// The whole capture as one JSON document.
+int run_report(const capture_settings& settings);
+
+}  // namespace inspect

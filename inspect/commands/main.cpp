@@ -1,0 +1,200 @@
+// kelvra-inspect: a capture (what kelvra --harvest printed), "prof-event "
+// lines or raw records, turned into the collector's lines, JSON Lines, a
+// report, a phone that prints the capture again, a trace, a summary or a
+// timeline.
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <ctime>
+#include <string>
+#include <tuple>
+
+#include "inspect/commands/commands.h"
+#include "inspect/input/input_forms.h"
+
+namespace {
+
+constexpr const char* statuses =
+    "Exit status: 0 when the input was read whole; 1 when it was damaged (cut short, a line "
+    "that cannot be read) and everything readable was written, each damage named on standard "
+    "error; 2 when nothing could be made of it (not a capture, an unreadable file, bad options).";
+
+// The year a capture's calendar times are taken back in when none is given:
+// the one the machine's clock is in, and back from it.
+int current_year() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  if (localtime_r(&now, &local) == nullptr) return 1970;
+  return local.tm_year + 1900;
+}
+
+struct clock_settings {
+  std::string timesync;
+  std::optional<int> year;
+};
+
+void add_clock(CLI::App& command, clock_settings& settings) {
+  command.add_option("--timesync", settings.timesync,
+                     "The clock pair TMX,CALENDAR (the timesync property's numbers, in ns); "
+                     "a capture's own calendar times give it otherwise");
+  command.add_option("--year", settings.year,
+                     "The year of a capture's first calendar time (default: the latest that "
+                     "fits, back from this one)")
+      ->check(CLI::Range(1969, 2555));
+}
+
+// False, after saying why, when the pair does not read.
+bool finish_clock(const clock_settings& settings, std::optional<zol::timesync_pair>& pair,
+                  inspect::year_preference& years) {
+  years = {settings.year, current_year()};
+  if (settings.timesync.empty()) return true;
+  pair = inspect::parse_timesync(settings.timesync);
+  if (pair) return true;
+  std::fprintf(stderr, "kelvra-inspect: --timesync wants two integers TMX,CALENDAR, not '%s'\n",
+               settings.timesync.c_str());
+  return false;
+}
+
+struct stream_settings {
+  inspect::stream_options stream;
+  clock_settings clock;
+  std::string from;
+  bool no_progress = false;
+};
+
+void add_stream(CLI::App& command, stream_settings& settings) {
+  command.add_option("input", settings.stream.input,
+                     "A capture, prof-event lines or raw records; - for standard input; .gz too")
+      ->capture_default_str();
+  command.add_option("--from", settings.from, "The input's form, instead of telling it")
+      ->check(CLI::IsMember({"harvest", "hex", "raw"}));
+  add_clock(command, settings.clock);
+  command.add_flag("--no-progress", settings.no_progress,
+                   "No progress line on standard error for large inputs");
+}
+
+bool finish_stream(stream_settings& settings) {
+  if (!settings.from.empty()) settings.stream.form = inspect::form_of_name(settings.from);
+  settings.stream.progress = !settings.no_progress;
+  return finish_clock(settings.clock, settings.stream.timesync, settings.stream.years);
+}
+
+struct whole_settings {
+  inspect::capture_settings capture;
+  clock_settings clock;
+  bool no_progress = false;
+};
+
+void add_whole(CLI::App& command, whole_settings& settings, bool views) {
+  command.add_option("capture", settings.capture.input,
+                     "What kelvra --harvest printed (standard error merged or not); - for standard "
+                     "input; .gz too")
+      ->capture_default_str();
+  add_clock(command, settings.clock);
+  command.add_option("-o,--output", settings.capture.output, "Where to write it; - for standard output")
+      ->capture_default_str();
+  command.add_flag("--no-progress", settings.no_progress,
+                   "No progress line on standard error for large inputs");
+  if (views)
+    command.add_option("--harvest", settings.capture.harvest,
+                       "Which harvest of a capture that holds several, from 1")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+}
+
+bool finish_whole(whole_settings& settings) {
+  inspect::capture_options& reading = settings.capture.reading;
+  if (!settings.no_progress && isatty(fileno(stderr))) reading.progress = stderr;
+  return finish_clock(settings.clock, reading.timesync, reading.years);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"Turns what kelvra --harvest printed into data.", "kelvra-inspect"};
+  app.set_version_flag("--version", std::string(KELVRA_VERSION));
+  app.require_subcommand(1);
+  app.footer(statuses);
+
+  stream_settings decode_settings;
+  bool hex = false;
+  CLI::App* decode = app.add_subcommand(
+      "decode", "The lines the collector prints for the records, byte for byte");
+  add_stream(*decode, decode_settings);
+  decode->add_flag("--hex", hex, "The raw form instead: \"prof-event \" and 96 hex digits");
+
+  stream_settings records_settings;
+  CLI::App* records = app.add_subcommand(
+      "records", "One JSON object per record (JSON Lines), for DuckDB, Spark, jq");
+  add_stream(*records, records_settings);
+
+  whole_settings phone_settings;
+  std::string phone_additions;
+  bool partial = false;
+  CLI::App* phone = app.add_subcommand(
+      "phone", "A phone description that, harvested under the same TZ, prints the capture again");
+  add_whole(*phone, phone_settings, false);
+  phone->add_option("--with", phone_additions,
+                    "A description of what the capture cannot show (service ids and other "
+                    "properties, services and commands the harvest does not ask for), added to "
+                    "the phone; the capture's own items stand");
+  phone->add_flag("--partial", partial,
+                  "For a damaged capture, the phone of its readable part (saying what it "
+                  "assumes) instead of a refusal");
+
+  whole_settings report_settings;
+  CLI::App* report = app.add_subcommand("report", "The whole capture as one JSON document");
+  add_whole(*report, report_settings, false);
+
+  whole_settings trace_settings;
+  CLI::App* trace = app.add_subcommand(
+      "trace", "Trace Event JSON of the capture, for the web-based trace viewers");
+  add_whole(*trace, trace_settings, true);
+
+  whole_settings summary_settings;
+  bool summary_json = false;
+  CLI::App* summary = app.add_subcommand(
+      "summary", "The press, its latencies, the records, lost records and failure lines");
+  add_whole(*summary, summary_settings, true);
+  summary->add_flag("--json", summary_json, "The same as one JSON object");
+
+  whole_settings timeline_settings;
+  CLI::App* timeline = app.add_subcommand(
+      "timeline", "One self-contained HTML page drawing the press and the records");
+  add_whole(*timeline, timeline_settings, true);
+
+  for (CLI::App* command : app.get_subcommands({})) command->footer(statuses);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const int status = app.exit(error);
+    return status == 0 ? 0 : 2;
+  }
+
+  if (decode->parsed()) {
+    if (!finish_stream(decode_settings)) return 2;
+    return inspect::run_decode(decode_settings.stream, hex);
+  }
+  if (records->parsed()) {
+    if (!finish_stream(records_settings)) return 2;
+    return inspect::run_records(records_settings.stream);
+  }
+  for (const auto& [command, settings, view] :
+       {std::tuple{trace, &trace_settings, inspect::capture_view::trace},
+        std::tuple{summary, &summary_settings,
+                   summary_json ? inspect::capture_view::summary_json
+                                : inspect::capture_view::summary},
+        std::tuple{timeline, &timeline_settings, inspect::capture_view::timeline}}) {
+    if (!command->parsed()) continue;
+    if (!finish_whole(*settings)) return 2;
+    return inspect::run_capture_view(settings->capture, view);
+  }
+  if (phone->parsed()) {
+    if (!finish_whole(phone_settings)) return 2;
+    return inspect::run_phone(phone_settings.capture, phone_additions, partial);
+  }
+  if (!finish_whole(report_settings)) return 2;
+  return inspect::run_report(report_settings.capture);
+}

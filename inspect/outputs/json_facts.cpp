@@ -1,0 +1,107 @@
+#include "inspect/outputs/json_facts.h"
+
+#include "inspect/capture/failure_meaning.h"
+
+namespace inspect {
+
+void write_failure(json_writer& json, const failure_line& f) {
+  const layouts::harvest_request& row = layouts::request_row(f.about);
+  json.begin_object();
+  json.key("line").value(f.line);
+  json.key("request").value(row.report_key);
+  json.key("label").value(row.label);
+  json.key("module").value(f.module);
+  json.key("check").value(f.check);
+  json.key("source").value(f.source);
+  json.key("source_line").value(f.source_line);
+  json.key("kind").value(kind_key(f.kind));
+  json.key("value");
+  if (f.value != 0)
+    json.value(std::uint64_t{f.value});
+  else
+    json.null();
+  json.key("error_text");
+  if (f.value != 0)
+    json.value(f.error_text);
+  else
+    json.null();
+  json.key("meaning").value(f.meaning);
+  json.key("text").value(f.text);
+  json.end_object();
+}
+
+void write_failures(json_writer& json, const std::vector<failure_line>& failures) {
+  json.begin_array();
+  for (const failure_line& f : failures) write_failure(json, f);
+  json.end_array();
+}
+
+void write_damage(json_writer& json, const std::vector<damage>& found) {
+  json.begin_array();
+  for (const damage& d : found) {
+    json.begin_object();
+    json.key("where").value(d.where());
+    json.key("line");
+    if (d.line != 0)
+      json.value(d.line);
+    else
+      json.null();
+    json.key("last_line").value(d.last_line > d.line ? d.last_line : d.line);
+    json.key("byte");
+    if (d.byte)
+      json.value(*d.byte);
+    else
+      json.null();
+    json.key("fault").value(d.fault);
+    json.key("outcome").value(d.outcome);
+    json.key("lost").value(d.lost);
+    json.end_object();
+  }
+  json.end_array();
+}
+
+void write_span(json_writer& json, const time_span& span) {
+  json.key("records").value(std::uint64_t{span.count});
+  json.key("first_us").value(span.first);
+  json.key("last_us").value(span.last);
+  json.key("span_us").value(span.last - span.first);
+}
+
+void write_clock(json_writer& json, const capture_model& model) {
+  if (!model.pair) {
+    json.null();
+    return;
+  }
+  json.begin_object();
+  json.key("tmx_ns").value(std::int64_t{model.pair->tmx});
+  json.key("calendar_ns").value(std::int64_t{model.pair->calendar});
+  json.key("given").value(model.pair_given);
+  json.key("one_pair").value(model.pair_given || model.clock.one_pair());
+  json.key("segments").begin_array();
+  if (!model.pair_given) {
+    for (std::size_t i = 0; i < model.clock.segments.size(); ++i) {
+      const clock_segment& s = model.clock.segments[i];
+      json.begin_object();
+      json.key("first_line").value(s.first_line);
+      json.key("last_line").value(s.last_line);
+      json.key("texts").value(std::uint64_t{s.texts});
+      json.key("main").value(i == model.clock.main);
+      json.end_object();
+    }
+  }
+  json.end_array();
+  json.key("unreadable_lines").begin_array();
+  if (!model.pair_given)
+    for (const std::uint64_t line : model.clock.unreadable) json.value(line);
+  json.end_array();
+  json.end_object();
+}
+
+void write_source(json_writer& json, record_source source) {
+  if (source == record_source::unknown)
+    json.null();
+  else
+    json.value(source_name(source));
+}
+
+}  // namespace inspect

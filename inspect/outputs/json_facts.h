@@ -1,0 +1,36 @@
+#pragma once
+
+// The facts every JSON output shares, each written by one function here, so
+// that a fact has one name, type and unit in the report, the summary, the
+// trace's otherData and the tables: times in microseconds named "_us",
+// results as integers (null for none), lines from 1, the input as named
+// ("-" for standard input).
+
+#include <string_view>
+
+#include "inspect/capture/capture_model.h"
+#include "inspect/outputs/json_writer.h"
+
+namespace inspect {
+
+// {"line", "request", "label", "module", "check", "source", "source_line",
+//  "kind", "value", "error_text", "meaning", "text"}
+void write_failure(json_writer& json, const failure_line& failure);
+void write_failures(json_writer& json, const std::vector<failure_line>& failures);
+
+// [{"where", "line", "last_line", "byte", "fault", "outcome", "lost"}]
+void write_damage(json_writer& json, const std::vector<damage>& found);
+
+// {"records", "first_us", "last_us", "span_us"}: the members, into an
+// object already open.
+void write_span(json_writer& json, const time_span& span);
+
+// The clock pair and how well it explains the calendar texts:
+// {"tmx_ns", "calendar_ns", "given", "one_pair", "segments": [...],
+//  "unreadable_lines": [...]}, or null without a pair.
+void write_clock(json_writer& json, const capture_model& model);
+
+// "profile", "ZOL_profile", or null when unknown.
+void write_source(json_writer& json, record_source source);
+
+}  // namespace inspect

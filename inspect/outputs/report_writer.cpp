@@ -1,0 +1,239 @@
+#include "inspect/outputs/report_writer.h"
+
+#include <map>
+#include <variant>
+
+#include "inspect/capture/number_text.h"
+#include "inspect/outputs/json_facts.h"
+#include "inspect/outputs/json_writer.h"
+#include "quandor/layouts/record_layouts.h"
+
+namespace inspect {
+namespace {
+
+void field_value(json_writer& json, const layouts::field_value& value) {
+  std::visit(
+      [&](const auto& v) {
+        using type = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<type, double>)
+          json.number(v);
+        else
+          json.value(v);
+      },
+      value);
+}
+
+// Named fields as members of the object open; the elements of an array
+// field gather in order.
+void field_members(json_writer& json, const std::vector<layouts::named_field>& list) {
+  for (std::size_t i = 0; i < list.size();) {
+    json.key(list[i].name);
+    if (!list[i].index) {
+      field_value(json, list[i++].value);
+      continue;
+    }
+    json.begin_array();
+    const std::string_view name = list[i].name;
+    for (; i < list.size() && list[i].name == name && list[i].index; ++i) field_value(json, list[i].value);
+    json.end_array();
+  }
+}
+
+void fields(json_writer& json, const std::vector<layouts::named_field>& list) {
+  json.begin_object();
+  field_members(json, list);
+  json.end_object();
+}
+
+// Table entries: one object an index.
+void entries(json_writer& json, const std::vector<layouts::named_field>& list) {
+  std::map<std::size_t, std::vector<const layouts::named_field*>> by_index;
+  for (const layouts::named_field& field : list) by_index[field.index.value_or(0)].push_back(&field);
+  json.begin_array();
+  for (const auto& [index, members] : by_index) {
+    json.begin_object();
+    json.key("entry").value(std::uint64_t{index});
+    for (const layouts::named_field* field : members) {
+      json.key(field->name);
+      field_value(json, field->value);
+    }
+    json.end_object();
+  }
+  json.end_array();
+}
+
+// Each click's edges side by side, from the record's arrays.
+void clicks(json_writer& json, const std::vector<layouts::named_field>& list) {
+  std::map<std::string_view, std::vector<std::uint64_t>> arrays;
+  for (const layouts::named_field& field : list)
+    if (field.index)
+      if (const auto* value = std::get_if<std::uint64_t>(&field.value)) arrays[field.name].push_back(*value);
+  json.key("clicks").begin_array();
+  for (std::size_t click = 0; click < 3; ++click) {
+    json.begin_object();
+    json.key("click").value(std::uint64_t{click + 1});
+    for (const auto& [array, down, up] :
+         {std::tuple{"button_timestamp", "button_down", "button_up"},
+          std::tuple{"play_asset_timestamp", "button_down_play_asset", "button_up_play_asset"},
+          std::tuple{"play_asset_latency", "button_down_to_play_asset", "button_up_to_play_asset"}}) {
+      const std::vector<std::uint64_t>& values = arrays[array];
+      if (values.size() < 2 * click + 2) continue;
+      json.key(down).value(values[2 * click]);
+      json.key(up).value(values[2 * click + 1]);
+    }
+    json.end_object();
+  }
+  json.end_array();
+}
+
+void statistics(json_writer& json, const std::optional<stats_block>& stats) {
+  if (!stats) {
+    json.null();
+    return;
+  }
+  json.begin_object();
+  json.key("line").value(stats->line);
+  json.key("printed").value(stats->printed);
+  json.key("damaged").value(stats->damaged);
+  if (stats->printed) {
+    const std::vector<layouts::named_field> list = layouts::stats_fields(stats->record);
+    clicks(json, list);
+    field_members(json, list);
+  }
+  json.end_object();
+}
+
+void state_dumps(json_writer& json, const std::vector<state_dump>& dumps) {
+  json.begin_array();
+  for (const state_dump& dump : dumps) {
+    json.begin_object();
+    json.key("request").value(layouts::request_row(dump.about).report_key);
+    json.key("line").value(dump.line);
+    json.key("damaged").value(dump.damaged);
+    json.key("fields");
+    if (!dump.record)
+      json.null();
+    else if (dump.about == request::lyn_state || dump.about == request::btmspk_state)
+      fields(json, layouts::power_state_fields(*dump.record));
+    else
+      fields(json, layouts::counts_fields(*dump.record));
+    json.end_object();
+  }
+  json.end_array();
+}
+
+void profile(json_writer& json, const harvest_model& harvest) {
+  const harvest_facts& facts = harvest.facts;
+  json.begin_object();
+  json.key("records").value(std::uint64_t{harvest.profile.size()});
+  json.key("first_line");
+  if (harvest.profile.empty())
+    json.null();
+  else
+    json.value(harvest.profile.front().line);
+  json.key("last_line");
+  if (harvest.profile.empty())
+    json.null();
+  else
+    json.value(harvest.profile.back().line);
+  json.key("by_source");
+  if (facts.sources.empty()) {
+    json.null();
+  } else {
+    json.begin_array();
+    for (const source_count& s : facts.sources) {
+      json.begin_object();
+      json.key("source").value(source_name(s.source));
+      write_span(json, s.span);
+      json.end_object();
+    }
+    json.end_array();
+  }
+  json.key("by_category").begin_array();
+  for (const category_count& c : facts.categories) {
+    json.begin_object();
+    json.key("category_id").value(c.category);
+    json.key("category").value(c.name);
+    write_span(json, c.span);
+    json.end_object();
+  }
+  json.end_array();
+  json.end_object();
+}
+
+void assets(json_writer& json, const std::optional<assets_block>& block) {
+  if (!block) {
+    json.null();
+    return;
+  }
+  json.begin_object();
+  json.key("line").value(block->line);
+  json.key("length").value(block->length);
+  json.key("damaged").value(block->damaged);
+  json.key("entries");
+  if (block->length == 0)
+    json.begin_array().end_array();
+  else
+    entries(json, layouts::assets_fields(block->table));
+  json.end_object();
+}
+
+void hid_reports(json_writer& json, const std::vector<hid_report>& reports) {
+  json.begin_array();
+  for (const hid_report& report : reports) {
+    json.begin_object();
+    json.key("id").value(std::uint64_t{report.id()});
+    json.key("line").value(report.line);
+    json.key("failed").value(report.failed);
+    json.key("damaged").value(report.damaged);
+    json.key("length").value(std::uint64_t{report.bytes.size()});
+    json.key("hex").value(hex_bytes(report.bytes));
+    json.end_object();
+  }
+  json.end_array();
+}
+
+}  // namespace
+
+std::string write_report(const capture_model& model) {
+  std::string out;
+  json_writer json(out, true);
+  json.begin_object();
+  json.key("schema_version").value(std::uint64_t{report_schema_version});
+  json.key("input").value(model.input);
+  json.key("standard_error").value(model.has_stderr);
+  json.key("timesync");
+  write_clock(json, model);
+  json.key("damaged").value(model.lost);
+  json.key("damage");
+  write_damage(json, model.damage);
+  json.key("harvests").begin_array();
+  for (const harvest_model& harvest : model.harvests) {
+    json.begin_object();
+    json.key("line").value(harvest.line);
+    json.key("cut");
+    if (harvest.cut.empty())
+      json.null();
+    else
+      json.value(harvest.cut);
+    json.key("statistics");
+    statistics(json, harvest.stats);
+    json.key("state_dumps");
+    state_dumps(json, harvest.states);
+    json.key("profile");
+    profile(json, harvest);
+    json.key("assets");
+    assets(json, harvest.assets);
+    json.key("hid_reports");
+    hid_reports(json, harvest.hid);
+    json.key("failures");
+    write_failures(json, harvest.failures);
+    json.end_object();
+  }
+  json.end_array();
+  json.end_object();
+  out += '\n';
+  return out;
+}
+
+}  // namespace inspect

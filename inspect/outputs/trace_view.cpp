@@ -1,0 +1,499 @@
+#include "inspect/outputs/trace_view.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <numeric>
+
+#include "inspect/capture/failure_meaning.h"
+#include "inspect/outputs/json_facts.h"
+#include "inspect/outputs/json_writer.h"
+#include "liblog_zol/ZOLProfile.h"
+#include "liblog_zol/clock_source.h"
+#include "liblog_zol/json_printer.h"
+#include "liblog_zol/name_tables.h"
+#include "liblog_zol/profile_record.h"
+
+namespace inspect {
+namespace {
+
+constexpr int press_pid = 1;
+constexpr int notes_pid = 2;
+constexpr int off_axis_pid = 3;
+constexpr int category_pid_base = 100;
+
+int category_pid(std::uint32_t category) { return category_pid_base + static_cast<int>(category); }
+int component_tid(std::uint32_t component) { return static_cast<int>(component) + 1; }
+
+// Sensor samples worth a counter: which payload words are axes.
+struct sample_axes {
+  std::uint32_t category;
+  std::uint32_t component;
+  std::uint32_t event;  // the record's event id
+  double scale;         // 0: the word as a signed integer
+  std::string_view axes[3];
+};
+
+constexpr std::uint32_t sensors = 2;
+constexpr std::uint32_t nimbrel = 4;
+constexpr std::uint32_t arguments_type = 3;
+constexpr std::uint32_t sensor_data = 2;
+constexpr std::uint32_t sensor_filtdata = 3;
+
+constexpr sample_axes sample_table[] = {
+    {sensors, 0, sensor_data, 0, {"x", "y", "z"}},
+    {sensors, 0, sensor_filtdata, 0, {"x", "y", "z"}},
+    {sensors, 1, sensor_data, 0, {"x", "y", "z"}},
+    {sensors, 1, sensor_filtdata, 0, {"x", "y", "z"}},
+    {sensors, 2, sensor_data, 0, {"x", "y", "z"}},
+    {sensors, 2, sensor_filtdata, 0, {"x", "y", "z"}},
+    {sensors, 3, sensor_data, 0, {"arg1"}},
+    {sensors, 4, sensor_data, 0, {"arg1"}},
+    {sensors, 5, sensor_data, 0, {"arg1", "arg2", "arg3"}},
+    {sensors, 6, sensor_data, 0, {"arg1"}},
+    // The nimbrel stage's samples, in and out, in its fixed-point scales.
+    {nimbrel, 0, 0, 1.0 / 65536, {"x", "y", "z"}},
+    {nimbrel, 0, 1, 1.0 / 4096, {"x", "y", "z"}},
+};
+
+const sample_axes* samples_of(const record_row& row) {
+  if (row.type() != arguments_type) return nullptr;
+  for (const sample_axes& s : sample_table)
+    if (s.category == row.category() && s.component == row.component() && s.event == row.event())
+      return &s;
+  return nullptr;
+}
+
+std::string flow_id(std::size_t n) {
+  char text[24];
+  std::snprintf(text, sizeof text, "0x%zx", n + 1);
+  return text;
+}
+
+// Press slices go on named threads; one that would overlap without nesting
+// goes on a further thread of the same name, so every thread nests.
+class thread_packer {
+ public:
+  struct slot {
+    std::string name;
+    int tid;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
+  };
+
+  int place(const std::string& name, std::uint64_t from, std::uint64_t to) {
+    int copy = 1;
+    for (slot& s : slots_) {
+      if (!same_family(s.name, name)) continue;
+      ++copy;
+      if (fits(s, from, to)) {
+        s.spans.emplace_back(from, to);
+        return s.tid;
+      }
+    }
+    std::string slot_name = copy == 1 ? name : name + " (" + std::to_string(copy) + ")";
+    slots_.push_back({slot_name, static_cast<int>(slots_.size()) + 1, {{from, to}}});
+    return slots_.back().tid;
+  }
+
+  // Threads asked for before any slice, so they keep their order.
+  void reserve(const std::string& name) {
+    if (std::none_of(slots_.begin(), slots_.end(), [&](const slot& s) { return s.name == name; }))
+      slots_.push_back({name, static_cast<int>(slots_.size()) + 1, {}});
+  }
+
+  const std::vector<slot>& slots() const { return slots_; }
+
+ private:
+  static bool same_family(const std::string& slot_name, const std::string& name) {
+    return slot_name == name || slot_name.rfind(name + " (", 0) == 0;
+  }
+
+  static bool fits(const slot& s, std::uint64_t from, std::uint64_t to) {
+    for (const auto& [a, b] : s.spans) {
+      const bool apart = to < a || b < from;
+      const bool inside = from >= a && to <= b;
+      const bool around = a >= from && b <= to;
+      if (!apart && !inside && !around) return false;
+    }
+    return true;
+  }
+
+  std::vector<slot> slots_;
+};
+
+class trace_builder {
+ public:
+  trace_builder(const capture_model& model, std::size_t harvest, std::string& out)
+      : model_(model),
+        harvest_(model.harvests[harvest]),
+        index_(harvest),
+        facts_(harvest_.facts),
+        json_(out),
+        origin_(facts_.earliest.value_or(0)) {
+    json_.exact_in_browsers();
+  }
+
+  void build() {
+    plan_press();
+    json_.begin_object();
+    json_.key("traceEvents").begin_array();
+    write_track_names();
+    write_notes();
+    write_press();
+    write_records();
+    write_off_axis();
+    json_.text() += '\n';
+    json_.end_array();
+    json_.key("displayTimeUnit").value("ms");
+    write_other_data();
+    json_.key("metadata").begin_object();
+    json_.key("generator").value("kelvra-inspect trace");
+    json_.key("clock").value("coprocessor microseconds, from the earliest time shown");
+    json_.end_object();
+    json_.end_object();
+  }
+
+ private:
+  struct press_event {
+    std::string name;
+    int tid;
+    std::uint64_t from;
+    std::uint64_t to;
+    std::optional<std::size_t> point;  // a mark at a press point
+    std::optional<std::size_t> step;   // a slice of a step
+  };
+
+  std::int64_t relative(std::uint64_t time) const {
+    return static_cast<std::int64_t>(time - origin_);
+  }
+
+  void common(std::string_view name, std::string_view category, char phase, std::uint64_t time,
+              int pid, int tid) {
+    json_.line_break().begin_object();
+    json_.key("name").value(name);
+    if (!category.empty()) json_.key("cat").value(category);
+    json_.key("ph").value(std::string_view(&phase, 1));
+    json_.key("ts").value(relative(time));
+    json_.key("pid").value(std::int64_t{pid});
+    json_.key("tid").value(std::int64_t{tid});
+  }
+
+  void metadata(std::string_view kind, int pid, int tid, std::string_view key,
+                const std::string& name, std::int64_t sort) {
+    json_.line_break().begin_object();
+    json_.key("name").value(kind);
+    json_.key("ph").value("M");
+    json_.key("ts").value(std::int64_t{0});
+    json_.key("pid").value(std::int64_t{pid});
+    json_.key("tid").value(std::int64_t{tid});
+    json_.key("args").begin_object();
+    if (key == "name")
+      json_.key("name").value(name);
+    else
+      json_.key("sort_index").value(sort);
+    json_.end_object().end_object();
+  }
+
+  void name_process(int pid, const std::string& name, std::int64_t sort) {
+    metadata("process_name", pid, 0, "name", name, 0);
+    metadata("process_sort_index", pid, 0, "sort_index", {}, sort);
+  }
+
+  void name_thread(int pid, int tid, const std::string& name, std::int64_t sort) {
+    metadata("thread_name", pid, tid, "name", name, 0);
+    metadata("thread_sort_index", pid, tid, "sort_index", {}, sort);
+  }
+
+  // Where each press point and step goes, before anything is written.
+  void plan_press() {
+    if (!facts_.press) return;
+    const press_chain& chain = *facts_.press;
+    for (const std::string name : {"finger", "finger → button down", "button", "haptics"})
+      packer_.reserve(name);
+    for (std::size_t i = 0; i < chain.points.size(); ++i) {
+      const press_point& p = chain.points[i];
+      if (!p.on_axis) continue;
+      const std::string thread = !click_point(p.kind)  ? "finger"
+                                 : asset_point(p.kind) ? "haptics"
+                                                       : "button";
+      press_.push_back({point_label(p), packer_.place(thread, p.time, p.time), p.time, p.time, i, {}});
+    }
+    // Longest first: slices that start together nest in that order.
+    std::vector<std::size_t> order(chain.steps.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      return chain.duration(chain.steps[a]) > chain.duration(chain.steps[b]);
+    });
+    for (const std::size_t i : order) {
+      const press_step& s = chain.steps[i];
+      if (!chain.points[s.from].on_axis || !chain.points[s.to].on_axis) continue;
+      const std::uint64_t from = chain.points[s.from].time;
+      const std::uint64_t to = chain.points[s.to].time;
+      std::string thread = "haptics";
+      if (s.kind == step_kind::finger_to_down) thread = "finger → button down";
+      if (s.kind == step_kind::held) thread = "button";
+      press_.push_back({step_label(s), packer_.place(thread, from, to), from, to, {}, i});
+    }
+    const auto placed = [&](std::uint64_t t) {
+      return facts_.earliest && facts_.latest && t >= *facts_.earliest && t <= *facts_.latest;
+    };
+    if (chain.stats.finger_on != 0 && chain.stats.finger_off >= chain.stats.finger_on &&
+        placed(chain.stats.finger_on) && placed(chain.stats.finger_off))
+      press_.push_back({"finger on the button",
+                        packer_.place("finger", chain.stats.finger_on, chain.stats.finger_off),
+                        chain.stats.finger_on, chain.stats.finger_off, {}, {}});
+    // Checkpoint records at the other end of a flow.
+    for (std::size_t i = 0; i < chain.points.size(); ++i)
+      if (chain.points[i].match) flow_of_record_[chain.points[i].match->record] = i;
+  }
+
+  void write_track_names() {
+    if (facts_.press) {
+      name_process(press_pid, "press (statistics record)", 0);
+      for (const auto& slot : packer_.slots())
+        if (!slot.spans.empty()) name_thread(press_pid, slot.tid, slot.name, slot.tid);
+    }
+    if (!facts_.missing.empty() || !harvest_.failures.empty() || !model_.damage.empty())
+      name_process(notes_pid, "capture notes", 1);
+    if (facts_.off_axis != 0) {
+      name_process(off_axis_pid, "records far from the press (their times in args)", 2);
+      name_thread(off_axis_pid, 1, "off the time axis", 1);
+    }
+    std::int64_t rank = 10;
+    std::uint32_t last_category = 0x100;
+    for (const lane& l : facts_.lanes) {
+      if (l.category != last_category) {
+        name_process(category_pid(l.category), l.category_name, rank++);
+        last_category = l.category;
+      }
+      name_thread(category_pid(l.category), component_tid(l.component), l.component_name,
+                  component_tid(l.component));
+    }
+  }
+
+  // What is missing and every failure line, at the start of the notes track.
+  void write_notes() {
+    for (const std::string& missing : facts_.missing) {
+      common("missing: " + missing, "capture", 'i', origin_, notes_pid, 0);
+      json_.key("s").value("p");
+      json_.end_object();
+    }
+    for (const failure_line& f : harvest_.failures) {
+      common("failure: " + std::string(layouts::request_row(f.about).label) + ": " +
+                 std::string(kind_label(f.kind)),
+             "capture", 'i', origin_, notes_pid, 0);
+      json_.key("s").value("p");
+      json_.key("args").begin_object();
+      json_.key("line").value(f.line);
+      json_.key("text").value(f.text);
+      json_.key("meaning").value(f.meaning);
+      json_.end_object().end_object();
+    }
+    for (const damage& d : model_.damage) {
+      common(std::string(d.lost ? "damage: " : "note: ") + d.fault, "capture", 'i', origin_,
+             notes_pid, 0);
+      json_.key("s").value("p");
+      json_.key("args").begin_object();
+      json_.key("where").value(d.where());
+      json_.key("outcome").value(d.outcome);
+      json_.end_object().end_object();
+    }
+  }
+
+  void point_args(const press_point& p) {
+    json_.key("args").begin_object();
+    json_.key("time_us").value(p.time);
+    if (auto calendar = calendar_of(model_, p.time)) json_.key("calendar_time").value(*calendar);
+    if (p.checkpoint) {
+      json_.key("checkpoint").value(checkpoint_label(*p.checkpoint));
+      if (p.match) {
+        json_.key("checkpoint_offset_us").value(p.match->offset);
+        json_.key("checkpoint_line").value(facts_.records[p.match->record].line);
+      } else {
+        json_.key("checkpoint_offset_us").null();
+      }
+    }
+    json_.end_object();
+  }
+
+  void step_args(const press_step& s) {
+    const press_chain& chain = *facts_.press;
+    const press_point& from = chain.points[s.from];
+    const press_point& to = chain.points[s.to];
+    json_.key("args").begin_object();
+    json_.key("latency_us").value(chain.duration(s));
+    if (s.latency_field) json_.key("record_latency_us").value(*s.latency_field);
+    if (from.match && to.match)
+      json_.key("checkpoint_latency_us")
+          .value(static_cast<std::int64_t>(to.match->timestamp) -
+                 static_cast<std::int64_t>(from.match->timestamp));
+    json_.key("from").value(point_label(from));
+    json_.key("to").value(point_label(to));
+    json_.end_object();
+  }
+
+  void write_press() {
+    if (!facts_.press) return;
+    const press_chain& chain = *facts_.press;
+    for (const press_event& e : press_) {
+      const bool instant = e.point && !chain.points[*e.point].checkpoint;
+      common(e.name, "press", instant ? 'i' : 'X', e.from, press_pid, e.tid);
+      if (instant) {
+        json_.key("s").value("t");
+      } else {
+        json_.key("dur").value(e.to - e.from);
+      }
+      if (e.point) {
+        const press_point& p = chain.points[*e.point];
+        if (p.match) {
+          json_.key("bind_id").value(flow_id(*e.point));
+          json_.key("flow_out").value(true);
+        }
+        point_args(p);
+      } else if (e.step) {
+        step_args(chain.steps[*e.step]);
+      } else {
+        json_.key("args").begin_object();
+        json_.key("touch_us").value(e.to - e.from);
+        json_.end_object();
+      }
+      json_.end_object();
+    }
+  }
+
+  void write_counters(const record_row& row, const zol::profile_record& record,
+                      const std::string& category) {
+    const sample_axes* samples = samples_of(row);
+    if (!samples) return;
+    const std::string prefix = component_label(row.category(), row.component()) + " " +
+                               event_label(record_bytes(harvest_, row)) + " ";
+    for (std::size_t axis = 0; axis < 3 && !samples->axes[axis].empty(); ++axis) {
+      const std::int32_t word = record.bytes().i32(16 + 4 * axis);
+      common(prefix + std::string(samples->axes[axis]), category, 'C', row.timestamp,
+             category_pid(row.category()), 0);
+      json_.key("args").begin_object();
+      if (samples->scale == 0)
+        json_.key("value").value(std::int64_t{word});
+      else
+        json_.key("value").number(word * samples->scale);
+      json_.end_object().end_object();
+    }
+  }
+
+  void write_records() {
+    std::vector<std::size_t> order(facts_.records.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      return facts_.records[a].timestamp < facts_.records[b].timestamp;
+    });
+    std::map<std::uint32_t, std::string> category_names;
+    for (const std::size_t i : order) {
+      const record_row& row = facts_.records[i];
+      if (!row.on_axis) continue;
+      const std::uint8_t* bytes = record_bytes(harvest_, row);
+      const zol::profile_record record(bytes);
+      std::string& category = category_names[row.category()];
+      if (category.empty()) category = category_label(row.category());
+      common(event_label(bytes), category, 'X', row.timestamp, category_pid(row.category()),
+             component_tid(row.component()));
+      json_.key("dur").value(std::int64_t{0});
+      if (const auto flow = flow_of_record_.find(i); flow != flow_of_record_.end()) {
+        json_.key("bind_id").value(flow_id(flow->second));
+        json_.key("flow_in").value(true);
+      }
+      record_args(row, bytes);
+      json_.end_object();
+      write_counters(row, record, category);
+    }
+  }
+
+  // The record's own facts and its payload, as the records' JSON has them.
+  void record_args(const record_row& row, const std::uint8_t* bytes) {
+    decode_profile_record(printer_, bytes, no_clock_);
+    json_.key("args").begin_object();
+    json_.key("line").value(row.line);
+    json_.key("sequence_num").value(row.sequence);
+    json_.key("timestamp_us").value(row.timestamp);
+    if (auto calendar = calendar_of(model_, row.timestamp)) json_.key("calendar_time").value(*calendar);
+    if (row.source != record_source::unknown) json_.key("source").value(source_name(row.source));
+    json_.key("type").value(zol::type_name(row.category(), row.type()).view());
+    json_.key("payload").raw(printer_.payload());
+    json_.end_object();
+  }
+
+  // Records too far from the press for its axis, at its origin on a track
+  // of their own: a viewer opens on the press and still lists them.
+  void write_off_axis() {
+    for (const record_row& row : facts_.records) {
+      if (row.on_axis) continue;
+      const std::uint8_t* bytes = record_bytes(harvest_, row);
+      common(event_label(bytes), category_label(row.category()), 'i', origin_, off_axis_pid, 1);
+      json_.key("s").value("t");
+      record_args(row, bytes);
+      json_.end_object();
+    }
+  }
+
+  void write_other_data() {
+    json_.key("otherData").begin_object();
+    json_.key("generator").value("kelvra-inspect trace");
+    json_.key("origin_coprocessor_us");
+    if (facts_.earliest)
+      json_.value(*facts_.earliest);
+    else
+      json_.null();
+    json_.key("origin_calendar_time");
+    if (auto calendar = facts_.earliest ? calendar_of(model_, *facts_.earliest) : std::nullopt)
+      json_.value(*calendar);
+    else
+      json_.null();
+    json_.key("origin").value(facts_.first_record && facts_.first_record == facts_.earliest
+                                  ? "the first record"
+                                  : "the statistics record's earliest time");
+    json_.key("schema_version").value(std::uint64_t{trace_schema_version});
+    json_.key("input").value(model_.input);
+    json_.key("harvest").value(std::uint64_t{index_ + 1});
+    json_.key("harvests").value(std::uint64_t{model_.harvests.size()});
+    json_.key("records").value(std::uint64_t{facts_.records.size()});
+    json_.key("records_off_axis").value(std::uint64_t{facts_.off_axis});
+    json_.key("timesync");
+    write_clock(json_, model_);
+    json_.key("missing").begin_array();
+    for (const std::string& m : facts_.missing) json_.value(m);
+    json_.end_array();
+    if (facts_.press) {
+      json_.key("press_disagreements").begin_array();
+      for (const std::string& d : facts_.press->disagreements) json_.value(d);
+      json_.end_array();
+      json_.key("press_notes").begin_array();
+      for (const std::string& n : facts_.press->notes) json_.value(n);
+      json_.end_array();
+    }
+    json_.key("failures");
+    write_failures(json_, harvest_.failures);
+    json_.key("damaged").value(model_.lost);
+    json_.key("damage");
+    write_damage(json_, model_.damage);
+    json_.end_object();
+  }
+
+  const capture_model& model_;
+  const harvest_model& harvest_;
+  std::size_t index_;
+  const harvest_facts& facts_;
+  json_writer json_;
+  std::uint64_t origin_;
+  zol::json_printer printer_;
+  zol::no_clock no_clock_;
+  thread_packer packer_;
+  std::vector<press_event> press_;
+  std::map<std::size_t, std::size_t> flow_of_record_;  // record -> press point
+};
+
+}  // namespace
+
+void write_trace(const capture_model& model, std::size_t harvest, std::string& out) {
+  trace_builder(model, harvest, out).build();
+}
+
+}  // namespace inspect
