@@ -223,6 +223,7 @@ void json_printer::begin(const record_header& header) {
   put_unsigned(p, header.timestamp);
   put(p, ",\"payload\":{");
   out_.commit(p);
+  payload_start_ = out_.view().size() - 1;
   first_field_ = true;
   seen_count_ = 0;
 }
@@ -287,6 +288,7 @@ void json_printer::fields(const profile_record& record, std::span<const payload_
 }
 
 void json_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {
+  payload_end_ = out_.view().size() + 1;
   char* p = out_.reserve(128 + 2 * bytes.size());
   put(p, "},\"calendar_time\":");
   char* const time_start = p;

@@ -37,6 +37,10 @@ class json_printer final : public record_printer {
 
   // The object, without a newline.
   std::string_view view() const noexcept { return out_.view(); }
+  // Its payload object alone.
+  std::string_view payload() const noexcept {
+    return out_.view().substr(payload_start_, payload_end_ - payload_start_);
+  }
 
  private:
   struct seen_key {
@@ -47,6 +51,8 @@ class json_printer final : public record_printer {
   line_builder out_;
   record_origin origin_;
   bool first_field_ = true;
+  std::size_t payload_start_ = 0;
+  std::size_t payload_end_ = 0;
   seen_key seen_[64];
   std::size_t seen_count_ = 0;
 };
