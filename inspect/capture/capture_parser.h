@@ -37,6 +37,11 @@ struct capture_record {
   std::string_view text;  // the whole line (lines joined)
 };
 
+// The heading a state dump's printer starts with.
+std::string state_heading(const layouts::harvest_request& entry);
+
+constexpr std::size_t row_of(request about) { return static_cast<std::size_t>(about); }
+
 // The result a request that printed nothing shows when only standard
 // output was captured.
 inline constexpr std::uint32_t unseen_refusal = 0xe00002c7;
