@@ -196,6 +196,7 @@ def case_dataset(env):
     done = env.fleet_run("fleet", "--workers", "2", "--shard-size", "3", "captures")
     check(done.returncode == status, "exit %d, not %d: %s" % (done.returncode, status, done.stderr))
     only_reports(done.stderr, "plain run")
+    check(" shards, " not in done.stderr, "progress away from a terminal:\n" + done.stderr)
     parts, rows = read_dataset(os.path.join(env.work, "fleet"))
     check(len(parts) == 3, "8 captures in shards of 3 make %d partitions" % len(parts))
     compare(rows, expected, "plain run")
