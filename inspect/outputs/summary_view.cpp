@@ -124,7 +124,7 @@ void records(summary_printer& out, const capture_model& model, const harvest_fac
   rows.clear();
   for (const source_count& s : facts.sources)
     rows.push_back(span_row(std::string(source_name(s.source)), s.span, all.first));
-  if (!facts.sources.empty() || !any)
+  if (!facts.sources.empty())
     out.table("sources", span_columns, rows);
   else
     out.absent("sources", "", "the capture does not say which source each record came from");
