@@ -1,6 +1,6 @@
 // The views of the full drain (23,650 profile lines): each must take well
 // under a second from the capture's text to its output. Built with
-// KELVRA_BENCH (the release preset); run build/release/inspect/views/views_bench.
+// KELVRA_BENCH (the release preset); run build/release/inspect/outputs/views_bench.
 
 #include <benchmark/benchmark.h>
 
@@ -10,10 +10,9 @@
 #include <string>
 
 #include "inspect/capture/capture_reader.h"
-#include "inspect/views/capture_facts.h"
-#include "inspect/views/summary_view.h"
-#include "inspect/views/timeline_view.h"
-#include "inspect/views/trace_view.h"
+#include "inspect/outputs/summary_view.h"
+#include "inspect/outputs/timeline_view.h"
+#include "inspect/outputs/trace_view.h"
 
 namespace {
 
@@ -27,22 +26,29 @@ const std::string& full_drain() {
   return text;
 }
 
+// The capture's text read and its facts found, as every view's subcommand
+// does first.
 inspect::capture_model read_full_drain() {
   inspect::capture_model model;
   inspect::input_fault fault;
-  if (!inspect::read_capture_text(full_drain(), "full-drain", {.year = 2026}, model, fault))
+  inspect::capture_options options;
+  options.years = {2026, 2026};
+  if (!inspect::read_capture(inspect::memory_source(full_drain()), "full-drain", options, model,
+                             fault))
     std::fprintf(stderr, "%s\n", inspect::fault_line(fault).c_str());
   return model;
 }
 
 enum class view { trace, summary, summary_json, timeline };
 
-void write(const inspect::views::capture_facts& facts, view which, std::string& out) {
+void write(const inspect::capture_model& model, view which, std::string& out) {
   switch (which) {
-    case view::trace: inspect::views::write_trace(facts, out); break;
-    case view::summary: inspect::views::write_summary_text(facts, "full-drain", out); break;
-    case view::summary_json: inspect::views::write_summary_json(facts, "full-drain", out); break;
-    case view::timeline: inspect::views::write_timeline(facts, out); break;
+    case view::trace: inspect::write_trace(model, 0, out); break;
+    case view::summary: inspect::write_summary(model, 0, *inspect::text_summary_printer(out)); break;
+    case view::summary_json:
+      inspect::write_summary(model, 0, *inspect::json_summary_printer(out));
+      break;
+    case view::timeline: inspect::write_timeline(model, 0, out); break;
   }
 }
 
@@ -51,9 +57,8 @@ void whole_view(benchmark::State& state, view which) {
   std::size_t bytes = 0;
   for (auto _ : state) {
     const inspect::capture_model model = read_full_drain();
-    const inspect::views::capture_facts facts = inspect::views::gather_facts(model, {});
     std::string out;
-    write(facts, which, out);
+    write(model, which, out);
     bytes = out.size();
     benchmark::DoNotOptimize(out.data());
   }
@@ -65,9 +70,8 @@ void whole_view(benchmark::State& state, view which) {
 void view_only(benchmark::State& state, view which) {
   const inspect::capture_model model = read_full_drain();
   for (auto _ : state) {
-    const inspect::views::capture_facts facts = inspect::views::gather_facts(model, {});
     std::string out;
-    write(facts, which, out);
+    write(model, which, out);
     benchmark::DoNotOptimize(out.data());
   }
   state.SetItemsProcessed(state.iterations() * 23650);

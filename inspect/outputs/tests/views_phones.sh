@@ -8,6 +8,8 @@ set -euo pipefail
 kelvra=$1 inspect=$2 python=$3
 shift 3
 here=$(dirname "$0")
+schemas=$here/../../schema
+validate() { "$python" "$here/../../tests/validate_json.py" "$schemas/$1" "$2"; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export TZ=UTC
@@ -20,13 +22,11 @@ views() {
   echo "== $name"
   "$inspect" trace "$capture" >"$work/trace.json" || fail "$name: trace"
   "$python" "$here/check_trace.py" "$work/trace.json" || fail "$name: the trace breaks a rule"
+  validate trace.schema.json "$work/trace.json" || fail "$name: the trace breaks its schema"
   "$inspect" summary "$capture" >"$work/summary.txt" || fail "$name: summary"
   grep -q '^press (statistics record)$' "$work/summary.txt" || fail "$name: summary has no press"
   "$inspect" summary --json "$capture" >"$work/summary.json" || fail "$name: summary --json"
-  "$python" -c 'import json, sys
-s = json.load(open(sys.argv[1]))
-assert set(s) >= {"press", "records", "failures", "missing"}, sorted(s)' "$work/summary.json" \
-    || fail "$name: summary --json"
+  validate summary.schema.json "$work/summary.json" || fail "$name: summary --json breaks its schema"
   "$inspect" timeline "$capture" >"$work/press.html" || fail "$name: timeline"
   "$python" "$here/check_page.py" "$work/press.html" || fail "$name: the page does not stand alone"
 }
