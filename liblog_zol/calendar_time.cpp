@@ -17,9 +17,9 @@ bool local_time(std::time_t seconds, std::tm& local) {
   return localtime_r(&seconds, &local) != nullptr;
 }
 
-// "%b %d %T" of the last second converted. Records come in time order, so
-// most share their second with the record before; the zone is read once, so
-// the same second always gives the same text.
+// "%b %d %T" of the last second converted, one a thread. Records come in
+// time order, so most share their second with the record before; the zone
+// is read once, so the same second always gives the same text.
 struct clock_text {
   bool valid = false;
   std::uint64_t seconds = 0;
@@ -28,7 +28,7 @@ struct clock_text {
 };
 
 const clock_text* clock_text_of(std::uint64_t seconds) {
-  static clock_text last;
+  thread_local clock_text last;
   if (last.valid && last.seconds == seconds) return &last;
   last.valid = false;
   std::tm local{};

@@ -124,7 +124,8 @@ struct local_second {
 };
 
 const local_second* local_second_of(std::uint64_t seconds) {
-  static local_second last;
+  // One a thread: the desk tools decode captures on several at once.
+  thread_local local_second last;
   if (last.valid && last.seconds == static_cast<std::int64_t>(seconds)) return &last;
   last.valid = false;
   static const bool zone_read = (tzset(), true);
