@@ -65,6 +65,10 @@ bool capture_parser::parse_failure(std::size_t at, failure_parse& parsed) const 
 bool capture_parser::take_failure(failure_parse& parsed) {
   if (!parse_failure(at_, parsed)) return false;
   parsed.failure.line = number();
+  // A later harvest is the same run's (hexadecimal goes on) or another's
+  // (decimal again): its first line says which.
+  if (base_open_) hex_numbers_ = parsed.hex_line_number;
+  base_open_ = false;
   if (parsed.hex_line_number != hex_numbers_)
     add_damage(parsed.failure.line, 0,
                hex_numbers_ ? "line number in decimal after a failure line set hexadecimal"
@@ -278,6 +282,7 @@ void capture_parser::run() {
     model_.harvests.emplace_back();
     harvest_ = &model_.harvests.back();
     harvest_->line = number();
+    base_open_ = model_.harvests.size() > 1;
     read_harvest();
   }
   check_profile_lines();

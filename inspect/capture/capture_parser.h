@@ -137,6 +137,7 @@ class capture_parser {
   harvest_model* harvest_ = nullptr;
   std::size_t at_ = 0;
   bool hex_numbers_ = false;
+  bool base_open_ = false;  // the next failure line may set the base anew
   std::optional<std::size_t> jump_;
   // Records kept, in capture order, with the line each came from.
   std::vector<const capture_record*> kept_records_;
