@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "inspect/capture/capture_reader.h"
 #include "inspect/capture/record_stream.h"
@@ -39,5 +40,18 @@ int run_phone(const capture_settings& settings, const std::string& additions, bo
 
 // The whole capture as one JSON document.
 int run_report(const capture_settings& settings);
+
+// Many captures into the fleet's tables.
+struct tables_settings {
+  std::vector<std::string> inputs;  // files and directories
+  std::string files_from;           // a list of them, one a line; "-": standard input
+  std::string out;                  // the tables' directory
+  capture_options reading;
+  std::size_t jobs = 1;
+  bool gzip = false;
+  bool list = false;                // print the files it would read, and stop
+  bool progress = true;
+};
+int run_tables(const tables_settings& settings);
 
 }  // namespace inspect

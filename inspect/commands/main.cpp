@@ -7,7 +7,9 @@
 
 #include <cstdio>
 #include <ctime>
+#include <algorithm>
 #include <string>
+#include <thread>
 #include <tuple>
 
 #include "inspect/commands/commands.h"
@@ -164,6 +166,29 @@ int main(int argc, char** argv) {
       "timeline", "One self-contained HTML page drawing the press and the records");
   add_whole(*timeline, timeline_settings, true);
 
+  inspect::tables_settings tables_settings;
+  std::optional<int> tables_year;
+  CLI::App* tables = app.add_subcommand(
+      "tables", "Many captures into JSON Lines tables for DuckDB, Spark, BigQuery: harvests, "
+                "records, failures and unreadable inputs");
+  tables->add_option("inputs", tables_settings.inputs,
+                     "Captures (.gz too) and directories, searched recursively");
+  tables->add_option("--out", tables_settings.out, "The directory the tables are written into");
+  tables->add_option("--files-from", tables_settings.files_from,
+                     "A list of inputs, one a line; - for standard input");
+  tables->add_option("--jobs", tables_settings.jobs, "Captures read at once")
+      ->default_val(std::max(1u, std::thread::hardware_concurrency()))
+      ->check(CLI::Range(1, 256));
+  tables->add_flag("--gzip", tables_settings.gzip, "The tables gzip-compressed (.jsonl.gz)");
+  tables->add_flag("--list", tables_settings.list,
+                   "Print the files it would read, one a line, and stop");
+  tables->add_option("--year", tables_year,
+                     "The year of the captures' first calendar times (default: the latest that "
+                     "fits, back from this one)")
+      ->check(CLI::Range(1969, 2555));
+  bool tables_quiet = false;
+  tables->add_flag("--no-progress", tables_quiet, "No progress line on standard error");
+
   for (CLI::App* command : app.get_subcommands({})) command->footer(statuses);
 
   try {
@@ -190,6 +215,15 @@ int main(int argc, char** argv) {
     if (!command->parsed()) continue;
     if (!finish_whole(*settings)) return 2;
     return inspect::run_capture_view(settings->capture, view);
+  }
+  if (tables->parsed()) {
+    if (tables_settings.out.empty() && !tables_settings.list) {
+      std::fprintf(stderr, "kelvra-inspect tables: --out names the tables' directory\n");
+      return 2;
+    }
+    tables_settings.reading.years = {tables_year, current_year()};
+    tables_settings.progress = !tables_quiet;
+    return inspect::run_tables(tables_settings);
   }
   if (phone->parsed()) {
     if (!finish_whole(phone_settings)) return 2;

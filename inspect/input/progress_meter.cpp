@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <utility>
 
 namespace inspect {
@@ -35,6 +36,15 @@ void progress_meter::update(std::uint64_t consumed, std::uint64_t size, clock::t
                   static_cast<unsigned long long>(size / megabyte));
   }
   std::fprintf(out_, "\rkelvra-inspect: reading %s: %s", label_.c_str(), figures.data());
+  std::fflush(out_);
+  shown_ = true;
+}
+
+void progress_meter::update_count(std::uint64_t done, std::uint64_t total, clock::time_point now) {
+  if (!due(now)) return;
+  next_ = now + update_interval;
+  std::fprintf(out_, "\rkelvra-inspect: reading %s: %llu of %llu", label_.c_str(),
+               static_cast<unsigned long long>(done), static_cast<unsigned long long>(total));
   std::fflush(out_);
   shown_ = true;
 }

@@ -25,6 +25,8 @@ class progress_meter {
   bool due(clock::time_point now) const { return now >= next_; }
   // `size` 0 when unknown. Nothing for a known size under 32 MiB.
   void update(std::uint64_t consumed, std::uint64_t size, clock::time_point now);
+  // For many inputs: "reading LABEL: 40 of 10000".
+  void update_count(std::uint64_t done, std::uint64_t total, clock::time_point now);
   // Takes the line off the terminal, if one is shown.
   void clear();
 

@@ -5,8 +5,13 @@
 namespace inspect {
 
 void write_failure(json_writer& json, const failure_line& f) {
-  const layouts::harvest_request& row = layouts::request_row(f.about);
   json.begin_object();
+  write_failure_members(json, f);
+  json.end_object();
+}
+
+void write_failure_members(json_writer& json, const failure_line& f) {
+  const layouts::harvest_request& row = layouts::request_row(f.about);
   json.key("line").value(f.line);
   json.key("request").value(row.report_key);
   json.key("label").value(row.label);
@@ -27,7 +32,6 @@ void write_failure(json_writer& json, const failure_line& f) {
     json.null();
   json.key("meaning").value(f.meaning);
   json.key("text").value(f.text);
-  json.end_object();
 }
 
 void write_failures(json_writer& json, const std::vector<failure_line>& failures) {

@@ -16,6 +16,8 @@ namespace inspect {
 // {"line", "request", "label", "module", "check", "source", "source_line",
 //  "kind", "value", "error_text", "meaning", "text"}
 void write_failure(json_writer& json, const failure_line& failure);
+// The same members, into an object already open.
+void write_failure_members(json_writer& json, const failure_line& failure);
 void write_failures(json_writer& json, const std::vector<failure_line>& failures);
 
 // [{"where", "line", "last_line", "byte", "fault", "outcome", "lost"}]
