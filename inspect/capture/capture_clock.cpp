@@ -121,6 +121,36 @@ std::vector<offset_range> ranges_in_years(std::uint64_t timestamp, std::string_v
   return ranges;
 }
 
+// A text's ranges year by year in the preferred order, each year's made
+// only when the ones before are used up: most texts take the first, and
+// every year costs mktime calls.
+class ranges_by_year {
+ public:
+  ranges_by_year(std::uint64_t timestamp, std::string_view text, std::vector<int> years)
+      : timestamp_(timestamp), text_(text), fields_(parse_calendar_text(text)),
+        years_(std::move(years)) {}
+
+  bool next(offset_range& range) {
+    while (taken_ == ranges_.size()) {
+      if (!fields_ || year_ == years_.size()) return false;
+      ranges_.clear();
+      taken_ = 0;
+      add_year_ranges(timestamp_, text_, *fields_, years_[year_++], ranges_);
+    }
+    range = ranges_[taken_++];
+    return true;
+  }
+
+ private:
+  std::uint64_t timestamp_;
+  std::string_view text_;
+  std::optional<calendar_fields> fields_;
+  std::vector<int> years_;
+  std::size_t year_ = 0;
+  std::vector<offset_range> ranges_;
+  std::size_t taken_ = 0;
+};
+
 // Whether the text names a local time in any year; most do in the first.
 bool has_range(std::string_view text) {
   const std::optional<calendar_fields> fields = parse_calendar_text(text);
@@ -148,13 +178,14 @@ std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
                                          const year_preference& preference,
                                          std::vector<std::uint64_t>& unreadable) {
   std::size_t anchor = 0;
-  std::vector<offset_range> candidates;
-  for (; anchor < texts.size() && candidates.empty(); ++anchor) {
-    candidates = text_ranges(texts[anchor].timestamp, texts[anchor].text, preference);
-    if (candidates.empty()) unreadable.push_back(texts[anchor].line);
+  std::optional<ranges_by_year> candidates;
+  offset_range range;
+  for (; anchor < texts.size(); ++anchor) {
+    candidates.emplace(texts[anchor].timestamp, texts[anchor].text, preferred_years(preference));
+    if (candidates->next(range)) break;
+    unreadable.push_back(texts[anchor].line);
   }
-  if (candidates.empty()) return std::nullopt;
-  --anchor;
+  if (anchor == texts.size()) return std::nullopt;
 
   std::vector<std::size_t> order;  // the texts to check, the last to rule a candidate out first
   for (std::size_t i = anchor + 1; i < texts.size(); ++i) {
@@ -164,7 +195,7 @@ std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
       unreadable.push_back(texts[i].line);
   }
   std::vector<bool> checked(texts.size(), false);  // has a range in some year
-  for (offset_range range : candidates) {
+  for (bool more = true; more; more = candidates->next(range)) {
     bool survives = true;
     for (std::size_t at = 0; at < order.size() && survives;) {
       const timed_text& text = texts[order[at]];

@@ -7,7 +7,6 @@ namespace inspect {
 namespace {
 
 constexpr std::string_view data_start = " 'binary-data':[";
-constexpr std::string_view calendar_start = ", 'calendar-time':'";
 constexpr std::string_view calendar_end = "'}";
 constexpr std::size_t record_size = 48;
 // A value quoted in a fault is cut here: it may be thousands of digits.
@@ -96,10 +95,10 @@ bool parse_profile_line(std::string_view line, input_record& record, std::string
     record.calendar_text.reset();
     return true;
   }
-  if (rest.size() >= calendar_start.size() + calendar_end.size() &&
-      rest.starts_with(calendar_start) && rest.ends_with(calendar_end)) {
+  if (rest.size() >= calendar_item_start.size() + calendar_end.size() &&
+      rest.starts_with(calendar_item_start) && rest.ends_with(calendar_end)) {
     const std::string_view text = rest.substr(
-        calendar_start.size(), rest.size() - calendar_start.size() - calendar_end.size());
+        calendar_item_start.size(), rest.size() - calendar_item_start.size() - calendar_end.size());
     if (text.find('\'') == std::string_view::npos) {
       record.calendar_text = text;
       return true;
@@ -107,16 +106,6 @@ bool parse_profile_line(std::string_view line, input_record& record, std::string
   }
   fault = "unexpected text after binary-data";
   return false;
-}
-
-std::string_view without_calendar(std::string_view line, std::string& buffer) {
-  const std::size_t start = after_last_data_start(line);
-  if (start == std::string_view::npos) return line;
-  const std::size_t at = line.find(calendar_start, start);
-  if (at == std::string_view::npos) return line;
-  buffer.assign(line.substr(0, at));
-  buffer += '}';
-  return buffer;
 }
 
 }  // namespace inspect

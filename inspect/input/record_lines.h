@@ -32,7 +32,7 @@ struct input_record {
 bool parse_profile_line(std::string_view line, input_record& record, std::string& fault);
 bool parse_hex_line(std::string_view line, input_record& record, std::string& fault);
 
-// The profile line without its calendar time: "..., 'binary-data':[...]}".
-std::string_view without_calendar(std::string_view line, std::string& buffer);
+// What stands before a profile line's calendar-time text.
+inline constexpr std::string_view calendar_item_start = ", 'calendar-time':'";
 
 }  // namespace inspect
