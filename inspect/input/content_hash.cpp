@@ -1,34 +1,36 @@
 #include "inspect/input/content_hash.h"
 
-#include <openssl/evp.h>
+#include <nettle/sha2.h>
 
 #include <array>
 
 namespace inspect {
 
+// Nettle rather than a larger library: every run of kelvra-inspect would
+// pay for loading it.
 struct content_hash::state {
-  EVP_MD_CTX* context = EVP_MD_CTX_new();
-  bool ok = context != nullptr && EVP_DigestInit_ex(context, EVP_sha256(), nullptr) == 1;
-  ~state() { EVP_MD_CTX_free(context); }
+  sha256_ctx context{};
+  bool open = true;
 };
 
-content_hash::content_hash() : state_(std::make_unique<state>()) {}
+content_hash::content_hash() : state_(std::make_unique<state>()) { sha256_init(&state_->context); }
 content_hash::~content_hash() = default;
 
 void content_hash::add(const char* bytes, std::size_t size) {
-  if (state_->ok && size != 0) state_->ok = EVP_DigestUpdate(state_->context, bytes, size) == 1;
+  if (state_->open && size != 0)
+    sha256_update(&state_->context, size, reinterpret_cast<const std::uint8_t*>(bytes));
 }
 
 std::string content_hash::hex() {
-  std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-  unsigned int size = 0;
-  if (!state_->ok || EVP_DigestFinal_ex(state_->context, digest.data(), &size) != 1) return {};
-  state_->ok = false;
+  if (!state_->open) return {};
+  state_->open = false;
+  std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+  sha256_digest(&state_->context, digest.size(), digest.data());
   static constexpr char digits[] = "0123456789abcdef";
   std::string text;
-  for (unsigned int i = 0; i < size; ++i) {
-    text += digits[digest[i] >> 4];
-    text += digits[digest[i] & 0xf];
+  for (const std::uint8_t byte : digest) {
+    text += digits[byte >> 4];
+    text += digits[byte & 0xf];
   }
   return text;
 }
