@@ -225,6 +225,7 @@ void json_printer::begin(const record_header& header) {
   put(p, ",\"payload\":{");
   out_.commit(p);
   payload_start_ = out_.view().size() - 1;
+  beyond_doubles_ = false;
   first_field_ = true;
   seen_count_ = 0;
 }
@@ -260,12 +261,15 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
     put_unsigned(p, repeat);
   }
   put(p, "\":");
+  constexpr std::uint64_t exact_in_doubles = std::uint64_t{1} << 53;
   switch (value.kind) {
     case value_kind::unsigned_number:
     case value_kind::hex_word:
+      beyond_doubles_ |= value.number >= exact_in_doubles;
       put_unsigned(p, value.number);
       break;
     case value_kind::signed_number:
+      beyond_doubles_ |= value.number + exact_in_doubles >= 2 * exact_in_doubles;
       put_signed(p, value.signed_number());
       break;
     case value_kind::floating:

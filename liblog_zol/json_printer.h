@@ -41,6 +41,9 @@ class json_printer final : public record_printer {
   std::string_view payload() const noexcept {
     return out_.view().substr(payload_start_, payload_end_ - payload_start_);
   }
+  // Whether the payload holds an integer from 2^53 on, which a browser's
+  // numbers would not keep.
+  bool payload_beyond_doubles() const noexcept { return beyond_doubles_; }
 
  private:
   struct seen_key {
@@ -51,6 +54,7 @@ class json_printer final : public record_printer {
   line_builder out_;
   record_origin origin_;
   bool first_field_ = true;
+  bool beyond_doubles_ = false;
   std::size_t payload_start_ = 0;
   std::size_t payload_end_ = 0;
   seen_key seen_[64];

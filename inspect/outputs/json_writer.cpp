@@ -186,6 +186,12 @@ json_writer& json_writer::null() {
 
 json_writer& json_writer::raw(std::string_view json) {
   separate();
+  out_ += json;
+  return *this;
+}
+
+json_writer& json_writer::raw_exact(std::string_view json) {
+  separate();
   if (exact_)
     append_exact_json(out_, json);
   else

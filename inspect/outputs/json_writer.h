@@ -46,8 +46,10 @@ class json_writer {
   json_writer& value(bool flag);
   json_writer& number(double value);  // finite values; others are null
   json_writer& null();
-  // A value that is JSON already (its integers kept exact as above).
+  // A value that is JSON already.
   json_writer& raw(std::string_view json);
+  // The same, its integers kept exact as above.
+  json_writer& raw_exact(std::string_view json);
   // The next value starts a line: one event a line reads and compares well.
   json_writer& line_break() {
     break_ = true;
