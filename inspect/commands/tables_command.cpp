@@ -65,7 +65,6 @@ struct capture_result {
   table_rows rows;
   std::string said;  // a line for standard error, or empty
   bool damaged = false;
-  bool done = false;
 };
 
 capture_result read_one(const std::string& path, const tables_settings& settings) {
@@ -162,62 +161,47 @@ int run_tables(const tables_settings& settings) {
     }
   }
 
-  // Results wait in their slot until every earlier one is written; a
-  // worker starts no capture further ahead than the window, so memory stays
-  // flat however many captures there are.
-  const std::size_t jobs = std::max<std::size_t>(1, settings.jobs);
-  const std::size_t window = 2 * jobs;
-  std::vector<capture_result> slots(window);
-  std::mutex lock;
-  std::condition_variable changed;
+  // Each job reads the next capture, then waits for its turn to write: the
+  // rows stay in input order, and no job holds more than the one capture it
+  // read, however many there are.
+  const std::size_t jobs = std::max<std::size_t>(1, std::min(settings.jobs, files.size()));
+  std::mutex claim, turn;
+  std::condition_variable turned;
   std::size_t next = 0, written = 0;
-  const auto work = [&] {
-    for (;;) {
-      std::size_t index = 0;
-      {
-        std::unique_lock<std::mutex> held(lock);
-        changed.wait(held, [&] { return next >= files.size() || next < written + window; });
-        if (next >= files.size()) return;
-        index = next++;
-      }
-      capture_result result = read_one(files[index], settings);
-      result.done = true;
-      {
-        std::lock_guard<std::mutex> held(lock);
-        slots[index % window] = std::move(result);
-      }
-      changed.notify_all();
-    }
-  };
-  std::vector<std::thread> workers;
-  for (std::size_t j = 0; j < std::min(jobs, files.size()); ++j) workers.emplace_back(work);
-
   std::optional<progress_meter> meter;
   if (settings.progress && isatty(fileno(stderr)))
     meter.emplace("captures", stderr, progress_meter::clock::now());
   bool damaged = false, write_failed = false;
-  while (written < files.size()) {
-    capture_result result;
-    {
-      std::unique_lock<std::mutex> held(lock);
-      changed.wait(held, [&] { return slots[written % window].done; });
-      result = std::move(slots[written % window]);
-      slots[written % window] = {};
+  const auto work = [&] {
+    for (;;) {
+      std::size_t index = 0;
+      {
+        std::lock_guard<std::mutex> held(claim);
+        if (next >= files.size()) return;
+        index = next++;
+      }
+      const capture_result result = read_one(files[index], settings);
+      std::unique_lock<std::mutex> held(turn);
+      turned.wait(held, [&] { return written == index; });
+      damaged = damaged || result.damaged;
+      if (!result.said.empty()) {
+        if (meter) meter->clear();
+        std::fprintf(stderr, "%s\n", result.said.c_str());
+      }
+      const std::string_view rows[] = {result.rows.harvests, result.rows.records,
+                                       result.rows.failures, result.rows.unreadable};
+      for (std::size_t t = 0; t < std::size(rows); ++t)
+        write_failed = !tables[t].write(rows[t]) || write_failed;
       ++written;
+      if (meter && meter->due(progress_meter::clock::now()))
+        meter->update_count(written, files.size(), progress_meter::clock::now());
+      held.unlock();
+      turned.notify_all();
     }
-    changed.notify_all();
-    damaged = damaged || result.damaged;
-    if (!result.said.empty()) {
-      if (meter) meter->clear();
-      std::fprintf(stderr, "%s\n", result.said.c_str());
-    }
-    const std::string_view rows[] = {result.rows.harvests, result.rows.records,
-                                     result.rows.failures, result.rows.unreadable};
-    for (std::size_t t = 0; t < std::size(rows); ++t)
-      write_failed = !tables[t].write(rows[t]) || write_failed;
-    if (meter && meter->due(progress_meter::clock::now()))
-      meter->update_count(written, files.size(), progress_meter::clock::now());
-  }
+  };
+  std::vector<std::thread> workers;
+  for (std::size_t j = 1; j < jobs; ++j) workers.emplace_back(work);
+  work();
   for (std::thread& worker : workers) worker.join();
   if (meter) meter->clear();
   for (table_file& table : tables) write_failed = !table.close() || write_failed;
