@@ -1,6 +1,6 @@
 #include "inspect/capture/failure_meaning.h"
 
-#include <cstdio>
+#include "inspect/capture/number_text.h"
 
 namespace inspect {
 namespace {
@@ -38,10 +38,8 @@ std::string failure_meaning(const failure_line& failure) {
   const layouts::harvest_request& row = layouts::request_row(failure.about);
   std::string text = std::string(row.label) + ": " + std::string(kind_label(failure.kind));
   if (failure.value != 0) {
-    char value[16];
-    std::snprintf(value, sizeof value, "0x%08x", failure.value);
     text += " (result ";
-    text += value;
+    text += hex_text(failure.value);
     if (!failure.error_text.empty() && failure.error_text != "(null)")
       text += ", " + failure.error_text;
     else

@@ -8,6 +8,7 @@
 #include "inspect/capture/failure_meaning.h"
 #include "inspect/outputs/json_facts.h"
 #include "inspect/outputs/json_writer.h"
+#include "inspect/outputs/trace_tracks.h"
 #include "liblog_zol/ZOLProfile.h"
 #include "liblog_zol/clock_source.h"
 #include "liblog_zol/json_printer.h"
@@ -25,101 +26,11 @@ constexpr int category_pid_base = 100;
 int category_pid(std::uint32_t category) { return category_pid_base + static_cast<int>(category); }
 int component_tid(std::uint32_t component) { return static_cast<int>(component) + 1; }
 
-// Sensor samples worth a counter: which payload words are axes.
-struct sample_axes {
-  std::uint32_t category;
-  std::uint32_t component;
-  std::uint32_t event;  // the record's event id
-  double scale;         // 0: the word as a signed integer
-  std::string_view axes[3];
-};
-
-constexpr std::uint32_t sensors = 2;
-constexpr std::uint32_t nimbrel = 4;
-constexpr std::uint32_t arguments_type = 3;
-constexpr std::uint32_t sensor_data = 2;
-constexpr std::uint32_t sensor_filtdata = 3;
-
-constexpr sample_axes sample_table[] = {
-    {sensors, 0, sensor_data, 0, {"x", "y", "z"}},
-    {sensors, 0, sensor_filtdata, 0, {"x", "y", "z"}},
-    {sensors, 1, sensor_data, 0, {"x", "y", "z"}},
-    {sensors, 1, sensor_filtdata, 0, {"x", "y", "z"}},
-    {sensors, 2, sensor_data, 0, {"x", "y", "z"}},
-    {sensors, 2, sensor_filtdata, 0, {"x", "y", "z"}},
-    {sensors, 3, sensor_data, 0, {"arg1"}},
-    {sensors, 4, sensor_data, 0, {"arg1"}},
-    {sensors, 5, sensor_data, 0, {"arg1", "arg2", "arg3"}},
-    {sensors, 6, sensor_data, 0, {"arg1"}},
-    // The nimbrel stage's samples, in and out, in its fixed-point scales.
-    {nimbrel, 0, 0, 1.0 / 65536, {"x", "y", "z"}},
-    {nimbrel, 0, 1, 1.0 / 4096, {"x", "y", "z"}},
-};
-
-const sample_axes* samples_of(const record_row& row) {
-  if (row.type() != arguments_type) return nullptr;
-  for (const sample_axes& s : sample_table)
-    if (s.category == row.category() && s.component == row.component() && s.event == row.event())
-      return &s;
-  return nullptr;
-}
-
 std::string flow_id(std::size_t n) {
   char text[24];
   std::snprintf(text, sizeof text, "0x%zx", n + 1);
   return text;
 }
-
-// Press slices go on named threads; one that would overlap without nesting
-// goes on a further thread of the same name, so every thread nests.
-class thread_packer {
- public:
-  struct slot {
-    std::string name;
-    int tid;
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
-  };
-
-  int place(const std::string& name, std::uint64_t from, std::uint64_t to) {
-    int copy = 1;
-    for (slot& s : slots_) {
-      if (!same_family(s.name, name)) continue;
-      ++copy;
-      if (fits(s, from, to)) {
-        s.spans.emplace_back(from, to);
-        return s.tid;
-      }
-    }
-    std::string slot_name = copy == 1 ? name : name + " (" + std::to_string(copy) + ")";
-    slots_.push_back({slot_name, static_cast<int>(slots_.size()) + 1, {{from, to}}});
-    return slots_.back().tid;
-  }
-
-  // Threads asked for before any slice, so they keep their order.
-  void reserve(const std::string& name) {
-    if (std::none_of(slots_.begin(), slots_.end(), [&](const slot& s) { return s.name == name; }))
-      slots_.push_back({name, static_cast<int>(slots_.size()) + 1, {}});
-  }
-
-  const std::vector<slot>& slots() const { return slots_; }
-
- private:
-  static bool same_family(const std::string& slot_name, const std::string& name) {
-    return slot_name == name || slot_name.rfind(name + " (", 0) == 0;
-  }
-
-  static bool fits(const slot& s, std::uint64_t from, std::uint64_t to) {
-    for (const auto& [a, b] : s.spans) {
-      const bool apart = to < a || b < from;
-      const bool inside = from >= a && to <= b;
-      const bool around = a >= from && b <= to;
-      if (!apart && !inside && !around) return false;
-    }
-    return true;
-  }
-
-  std::vector<slot> slots_;
-};
 
 class trace_builder {
  public:
