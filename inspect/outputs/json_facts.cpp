@@ -101,6 +101,33 @@ void write_clock(json_writer& json, const capture_model& model) {
   json.end_object();
 }
 
+void write_categories(json_writer& json, const harvest_facts& facts) {
+  json.begin_array();
+  for (const category_count& c : facts.categories) {
+    json.begin_object();
+    json.key("category_id").value(c.category);
+    json.key("category").value(c.name);
+    write_span(json, c.span);
+    json.end_object();
+  }
+  json.end_array();
+}
+
+void write_sources(json_writer& json, const harvest_facts& facts) {
+  if (facts.sources.empty()) {
+    json.null();
+    return;
+  }
+  json.begin_array();
+  for (const source_count& s : facts.sources) {
+    json.begin_object();
+    json.key("source").value(source_name(s.source));
+    write_span(json, s.span);
+    json.end_object();
+  }
+  json.end_array();
+}
+
 void write_source(json_writer& json, record_source source) {
   if (source == record_source::unknown)
     json.null();

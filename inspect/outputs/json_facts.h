@@ -32,6 +32,11 @@ void write_span(json_writer& json, const time_span& span);
 //  "unreadable_lines": [...]}, or null without a pair.
 void write_clock(json_writer& json, const capture_model& model);
 
+// The records per category, [{"category_id", "category", span...}], and
+// per source, [{"source", span...}] or null where the capture does not say.
+void write_categories(json_writer& json, const harvest_facts& facts);
+void write_sources(json_writer& json, const harvest_facts& facts);
+
 // "profile", "ZOL_profile", or null when unknown.
 void write_source(json_writer& json, record_source source);
 

@@ -137,27 +137,9 @@ void profile(json_writer& json, const harvest_model& harvest) {
   else
     json.value(harvest.profile.back().line);
   json.key("by_source");
-  if (facts.sources.empty()) {
-    json.null();
-  } else {
-    json.begin_array();
-    for (const source_count& s : facts.sources) {
-      json.begin_object();
-      json.key("source").value(source_name(s.source));
-      write_span(json, s.span);
-      json.end_object();
-    }
-    json.end_array();
-  }
-  json.key("by_category").begin_array();
-  for (const category_count& c : facts.categories) {
-    json.begin_object();
-    json.key("category_id").value(c.category);
-    json.key("category").value(c.name);
-    write_span(json, c.span);
-    json.end_object();
-  }
-  json.end_array();
+  write_sources(json, facts);
+  json.key("by_category");
+  write_categories(json, facts);
   json.end_object();
 }
 

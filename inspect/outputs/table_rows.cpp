@@ -58,28 +58,10 @@ void press(json_writer& json, const capture_model& model, const harvest_facts& f
 
 void records(json_writer& json, const harvest_facts& facts) {
   json.key("records").value(std::uint64_t{facts.records.size()});
-  json.key("records_by_category").begin_array();
-  for (const category_count& c : facts.categories) {
-    json.begin_object();
-    json.key("category_id").value(c.category);
-    json.key("category").value(c.name);
-    json.key("records").value(std::uint64_t{c.span.count});
-    json.end_object();
-  }
-  json.end_array();
+  json.key("records_by_category");
+  write_categories(json, facts);
   json.key("records_by_source");
-  if (facts.sources.empty()) {
-    json.null();
-  } else {
-    json.begin_array();
-    for (const source_count& s : facts.sources) {
-      json.begin_object();
-      json.key("source").value(source_name(s.source));
-      json.key("records").value(std::uint64_t{s.span.count});
-      json.end_object();
-    }
-    json.end_array();
-  }
+  write_sources(json, facts);
   time_span all;
   for (const category_count& c : facts.categories) {
     all.add(c.span.first);
