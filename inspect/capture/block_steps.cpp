@@ -35,36 +35,44 @@ std::string state_heading(const harvest_request& entry) {
   return {};
 }
 
-bool capture_parser::read_stats() {
-  constexpr request about = request::stats;
-  access_result access;
+// The statistics and the assets print their banner after the request
+// succeeds: its access and step lines, or an empty stdout-only step (a
+// refusal out of sight), or the banner. A value: the step is over, and
+// whether the harvest goes on.
+std::optional<bool> capture_parser::request_then_banner(request about, access_result& access) {
   take_access(about, access);
   if (access.failed()) {
     add_call(about, access.outcome, access.value, {}, access.line);
     return take_step_failure(about, access);
   }
-  if (!at_banner(about)) {
-    const bool unseen = access.outcome != call_outcome::zero_connection && !model_.has_stderr &&
-                        (at_banner(request::lyn_state) || (done() && !cut_short_));
-    if (unseen) {
-      add_call(about, call_outcome::refused, unseen_refusal, {}, number());
-      return true;
-    }
-    if (!recover(row_of(about), banner_words(about))) return false;
-    if (!at_banner(about)) return true;
+  if (at_banner(about)) return std::nullopt;
+  // The statistics' banner missing, the state dumps' first one follows.
+  const bool next_step = about == request::stats ? at_banner(request::lyn_state) || done()
+                                                 : true;
+  if (access.outcome != call_outcome::zero_connection && !model_.has_stderr && at_known_line() &&
+      next_step) {
+    add_call(about, call_outcome::refused, unseen_refusal, {}, number());
+    return true;
   }
+  if (!recover(row_of(about), banner_words(about))) return false;
+  if (!at_banner(about)) return true;
+  return std::nullopt;
+}
+
+bool capture_parser::read_stats() {
+  constexpr request about = request::stats;
+  access_result access;
+  if (const std::optional<bool> ended = request_then_banner(about, access)) return *ended;
   stats_block stats;
   stats.line = number();
   ++at_;
   if (peek() == "pkey_stats") {
     layouts::parse_fault why;
-    const auto lines = block(layouts::stats_lines);
-    std::vector<std::string_view> texts;
-    for (const capture_line& line : lines) texts.push_back(line.text);
+    const std::vector<std::string_view> texts = block(layouts::stats_lines);
     const auto record = layouts::parse_stats(texts, why);
     if (record) {
       stats.record = *record;
-      at_ += lines.size();
+      at_ += texts.size();
       stats.printed = true;
     } else {
       stats.damaged = true;
@@ -92,9 +100,8 @@ bool capture_parser::parse_state(const harvest_request& entry, std::vector<std::
                                  std::string& why) {
   layouts::parse_fault fault;
   const bool counts = entry.service == "zol-button";
-  const auto lines = block(counts ? layouts::counts_lines : layouts::power_state_lines);
-  std::vector<std::string_view> texts;
-  for (const capture_line& line : lines) texts.push_back(line.text);
+  const std::vector<std::string_view> texts =
+      block(counts ? layouts::counts_lines : layouts::power_state_lines);
   if (counts) {
     const auto parsed = layouts::parse_counts(texts, fault);
     if (parsed) record.assign(parsed->record.begin(), parsed->record.end());
@@ -106,7 +113,7 @@ bool capture_parser::parse_state(const harvest_request& entry, std::vector<std::
     why = fault.message + " (its line " + std::to_string(number() + fault.line) + ")";
     return false;
   }
-  at_ += lines.size();
+  at_ += texts.size();
   return true;
 }
 
@@ -180,34 +187,18 @@ bool capture_parser::read_assets() {
   constexpr request about = request::assets;
   const harvest_request& entry = request_row(about);
   access_result access;
-  take_access(about, access);
-  if (access.failed()) {
-    add_call(about, access.outcome, access.value, {}, access.line);
-    return take_step_failure(about, access);
-  }
-  if (!at_banner(about)) {
-    const bool unseen =
-        access.outcome != call_outcome::zero_connection && !model_.has_stderr && at_known_line();
-    if (unseen) {
-      add_call(about, call_outcome::refused, unseen_refusal, {}, number());
-      return true;
-    }
-    if (!recover(row_of(about), banner_words(about))) return false;
-    if (!at_banner(about)) return true;
-  }
+  if (const std::optional<bool> ended = request_then_banner(about, access)) return *ended;
   assets_block assets;
   assets.line = number();
   ++at_;
   if (peek().starts_with("Length: ")) {
     layouts::parse_fault why;
-    const auto lines = block(layouts::assets_lines);
-    std::vector<std::string_view> texts;
-    for (const capture_line& line : lines) texts.push_back(line.text);
+    const std::vector<std::string_view> texts = block(layouts::assets_lines);
     const auto parsed = layouts::parse_assets(texts, why);
     if (parsed && parsed->length <= entry.capacity) {
       assets.length = parsed->length;
       assets.table = parsed->table;
-      at_ += lines.size();
+      at_ += texts.size();
     } else {
       assets.damaged = true;
       skip_block(number(), "the asset table",

@@ -137,8 +137,10 @@ bool capture_parser::take_step_failure(request about, const access_result& acces
   return true;
 }
 
-std::span<const capture_line> capture_parser::block(std::size_t count) const {
-  return std::span<const capture_line>(lines_).subspan(at_, std::min(count, lines_.size() - at_));
+std::vector<std::string_view> capture_parser::block(std::size_t count) const {
+  std::vector<std::string_view> texts;
+  for (std::size_t i = at_; i < std::min(lines_.size(), at_ + count); ++i) texts.push_back(lines_[i].text);
+  return texts;
 }
 
 // A block whose lines do not read back: its text lines are passed over.

@@ -106,7 +106,9 @@ class capture_parser {
                 std::vector<std::uint8_t> reply, std::uint64_t line);
   void take_access(request about, access_result& result);
   bool take_step_failure(request about, const access_result& access);
-  std::span<const capture_line> block(std::size_t count) const;
+  // The texts of the next `count` lines, as many as there are.
+  std::vector<std::string_view> block(std::size_t count) const;
+  std::optional<bool> request_then_banner(request about, access_result& access);
   void skip_block(std::uint64_t first, const std::string& what, const std::string& why);
 
   bool read_stats();
