@@ -101,7 +101,17 @@ void capture_parser::add_call(request about, call_outcome outcome, std::uint32_t
 void capture_parser::take_access(request about, access_result& result) {
   result = {};
   failure_parse parsed;
-  if (!peek_failure(layouts::one_shot_sites, parsed)) return;
+  if (!peek_failure(layouts::one_shot_sites, parsed)) {
+    // The access layer's line lost: the step's own line says the request
+    // failed all the same.
+    const layouts::failure_site& step = request_row(about).step_failure;
+    if (step.line != 0 && peek_failure({&step, 1}, parsed)) {
+      add_damage(number(), 0, "the access layer's line before this one is missing",
+                 "read as a refusal");
+      result = {call_outcome::refused, parsed.failure.value, number()};
+    }
+    return;
+  }
   take_failure(parsed);
   switch (parsed.site->kind) {
     case failure_kind::service_missing: result.outcome = call_outcome::missing; break;
@@ -285,7 +295,18 @@ void capture_parser::run() {
     harvest_ = &model_.harvests.back();
     harvest_->line = number();
     base_open_ = model_.harvests.size() > 1;
+    const std::size_t start = at_;
     read_harvest();
+    if (at_ != start) continue;
+    // A line no harvest can start with, where one would: passed over, so
+    // that the reading always goes on.
+    model_.harvests.pop_back();
+    add_damage(number(), 0, "a line no harvest starts with", "passed over");
+    ++at_;
+  }
+  if (model_.harvests.empty()) {
+    model_.harvests.emplace_back();
+    model_.harvests.back().line = 1;
   }
   check_profile_lines();
 }
