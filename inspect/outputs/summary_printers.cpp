@@ -18,16 +18,6 @@ namespace {
 constexpr std::size_t label_width = 30;
 constexpr std::size_t listed_at_most = 10;  // gaps and repeats in the text
 
-// Pads UTF-8 text to `width` characters (not bytes).
-std::string padded(std::string_view text, std::size_t width) {
-  std::size_t characters = 0;
-  for (const char c : text)
-    if ((static_cast<unsigned char>(c) & 0xc0) != 0x80) ++characters;
-  std::string result(text);
-  if (characters < width) result.append(width - characters, ' ');
-  return result;
-}
-
 std::string text_of(const summary_value& value) {
   using kind = summary_value::kind;
   switch (value.shape) {

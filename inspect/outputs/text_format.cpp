@@ -21,4 +21,13 @@ void append_format(std::string& out, const char* format, ...) {
   va_end(again);
 }
 
+std::string padded(std::string_view text, std::size_t width) {
+  std::size_t characters = 0;
+  for (const char c : text)
+    if ((static_cast<unsigned char>(c) & 0xc0) != 0x80) ++characters;
+  std::string result(text);
+  if (characters < width) result.append(width - characters, ' ');
+  return result;
+}
+
 }  // namespace inspect

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "inspect/capture/number_text.h"
+#include "inspect/outputs/page_parts.h"
 #include "inspect/outputs/text_format.h"
 
 namespace inspect {
@@ -45,28 +46,6 @@ std::string_view colour_of(std::uint32_t category) {
   for (const category_colour& c : category_colours)
     if (c.category == category) return c.colour;
   return other_colour;
-}
-
-void escape(std::string& out, std::string_view text) {
-  for (const char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += c;
-    }
-  }
-}
-
-// A step of 1, 2 or 5 times a power of ten giving at most ten ticks.
-std::uint64_t axis_step(std::uint64_t span) {
-  std::uint64_t step = 1;
-  for (;;) {
-    for (const std::uint64_t factor : {1, 2, 5})
-      if (span / (step * factor) <= 10) return step * factor;
-    step *= 10;
-  }
 }
 
 class timeline_builder {
@@ -135,7 +114,7 @@ class timeline_builder {
     if (!calendar && facts_.first_record) calendar = calendar_of(model_, *facts_.first_record);
     if (calendar) title += ", " + *calendar;
     out_ += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>";
-    escape(out_, title);
+    append_html(out_, title);
     out_ +=
         "</title>\n<style>\n"
         "body{font-family:sans-serif;margin:16px 24px;color:#202020;background:#ffffff}\n"
@@ -146,7 +125,7 @@ class timeline_builder {
         "svg .small{font-size:10px;fill:#555}\n"
         "code{font-size:12px}\n"
         "</style>\n</head>\n<body>\n<h1>";
-    escape(out_, title);
+    append_html(out_, title);
     out_ += "</h1>\n<p class=\"sub\">";
     append_format(out_, "%zu profile records, harvest %zu of %zu", facts_.records.size(),
         index_ + 1, model_.harvests.size());
@@ -160,7 +139,7 @@ class timeline_builder {
     out_ += ".</p>\n";
     for (const std::string& m : facts_.missing) {
       out_ += "<p class=\"missing\">Missing: ";
-      escape(out_, m);
+      append_html(out_, m);
       out_ += ".</p>\n";
     }
     if (facts_.off_axis != 0)
@@ -171,7 +150,7 @@ class timeline_builder {
                     model_.damage.size());
       for (const damage& d : model_.damage) {
         out_ += "<li>";
-        escape(out_, (d.where().empty() ? "" : d.where() + ": ") + d.fault + "; " + d.outcome);
+        append_html(out_, (d.where().empty() ? "" : d.where() + ": ") + d.fault + "; " + d.outcome);
         out_ += "</li>\n";
       }
       out_ += "</ul>\n";
@@ -223,7 +202,7 @@ class timeline_builder {
                     "fill=\"#f7f7f7\" stroke=\"#e0e0e0\"/>\n",
                     x0, top + 4, width, detail_height - 10);
       append_format(out_, "<text x=\"%.1f\" y=\"%.1f\" font-weight=\"bold\">", x0 + 4, top + 17);
-      escape(out_, point_label(from));
+      append_html(out_, point_label(from));
       out_ += "</text>\n";
       bar_at(x(from.time), x(to.time), top + 26, 12, asset_colour,
              step_label(step) + ": " + micro(latency));
@@ -330,7 +309,7 @@ class timeline_builder {
                   "<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"%s\">",
                   x0, y, std::max(x1 - x0, 2.0), height, std::string(colour).c_str());
     out_ += "<title>";
-    escape(out_, tip);
+    append_html(out_, tip);
     out_ += "</title></rect>\n";
   }
 
@@ -345,7 +324,7 @@ class timeline_builder {
     const bool left = room < 7.0 * static_cast<double>(text.size());
     append_format(out_, "<text x=\"%.1f\" y=\"%.1f\"%s%s>", left ? x - 4 : x + 4, y,
         left ? " text-anchor=\"end\"" : "", bold ? " font-weight=\"bold\"" : "");
-    escape(out_, text);
+    append_html(out_, text);
     out_ += "</text>\n";
   }
 
@@ -435,7 +414,7 @@ class timeline_builder {
           ++outside;
       }
       append_format(out_, "<text x=\"4\" y=\"%.1f\">", y + 12);
-      escape(out_, l.category_name + " · " + l.component_name);
+      append_html(out_, l.category_name + " · " + l.component_name);
       out_ += "</text>";
       append_format(out_, "<text class=\"small\" x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">%zu", label_width - 6,
           y + 12, l.span.count);
@@ -476,12 +455,12 @@ class timeline_builder {
     }
     for (const std::string& d : chain.disagreements) {
       out_ += "<li class=\"bad\">Disagrees: ";
-      escape(out_, d);
+      append_html(out_, d);
       out_ += "</li>\n";
     }
     for (const std::string& n : chain.notes) {
       out_ += "<li>";
-      escape(out_, n);
+      append_html(out_, n);
       out_ += "</li>\n";
     }
     out_ += "</ul>\n";
@@ -494,9 +473,9 @@ class timeline_builder {
     out_ += "<ul>\n";
     for (const failure_line& f : list) {
       append_format(out_, "<li>line %llu: <code>", static_cast<unsigned long long>(f.line));
-      escape(out_, f.text);
+      append_html(out_, f.text);
       out_ += "</code><br>";
-      escape(out_, f.meaning);
+      append_html(out_, f.meaning);
       out_ += "</li>\n";
     }
     out_ += "</ul>\n";
