@@ -11,6 +11,7 @@
 
 #include "inspect/capture/capture_reader.h"
 #include "inspect/capture/record_stream.h"
+#include "inspect/outputs/compare_facts.h"
 
 namespace inspect {
 
@@ -40,6 +41,20 @@ int run_phone(const capture_settings& settings, const std::string& additions, bo
 
 // The whole capture as one JSON document.
 int run_report(const capture_settings& settings);
+
+// Two captures compared; its own statuses: 0 when they agree, 1 when they
+// differ, 2 when either cannot be read (or the output cannot be written).
+struct compare_settings {
+  std::string input_a;
+  std::string input_b;
+  capture_options reading;
+  std::string output = "-";
+  std::size_t harvest_a = 1;  // from 1
+  std::size_t harvest_b = 1;
+  compare_options options;
+  enum class form { text, json, page } shape = form::text;
+};
+int run_compare(const compare_settings& settings);
 
 // Many captures into the fleet's tables.
 struct tables_settings {

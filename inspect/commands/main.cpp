@@ -12,6 +12,8 @@
 #include <thread>
 #include <tuple>
 
+#include <unistd.h>
+
 #include "inspect/commands/commands.h"
 #include "inspect/input/input_forms.h"
 
@@ -111,6 +113,65 @@ bool finish_whole(whole_settings& settings) {
   return finish_clock(settings.clock, reading.timesync, reading.years);
 }
 
+// compare: two captures, a harvest of each, what may differ.
+constexpr const char* compare_statuses =
+    "Exit status: 0 when the captures agree, 1 when they differ, 2 when either cannot be read "
+    "(not a capture, an unreadable file, no such harvest, bad options). A damaged capture is "
+    "compared as far as it reads, and the output says so.";
+
+struct compare_cli {
+  inspect::compare_settings settings;
+  clock_settings clock;
+  std::optional<std::size_t> harvest, harvest_a, harvest_b;
+  std::vector<std::string> ignore;
+  bool json = false;
+  bool html = false;
+  bool no_progress = false;
+};
+
+void add_compare(CLI::App& command, compare_cli& cli) {
+  command.add_option("A", cli.settings.input_a,
+                     "The capture compared with (a healthy phone's, last week's, the golden "
+                     "unit's); - for standard input; .gz too")
+      ->required();
+  command.add_option("B", cli.settings.input_b,
+                     "The capture compared; - for standard input; .gz too")
+      ->required();
+  add_clock(command, cli.clock);
+  command.add_option("-o,--output", cli.settings.output, "Where to write it; - for standard output")
+      ->capture_default_str();
+  command.add_flag("--no-progress", cli.no_progress,
+                   "No progress line on standard error for large inputs");
+  for (const auto& [name, value, what] :
+       {std::tuple{"--harvest", &cli.harvest, "Which harvest of each capture, from 1 (default 1)"},
+        std::tuple{"--harvest-a", &cli.harvest_a, "Which harvest of A, instead of --harvest"},
+        std::tuple{"--harvest-b", &cli.harvest_b, "Which harvest of B, instead of --harvest"}})
+    command.add_option(name, *value, what)->check(CLI::PositiveNumber);
+  command.add_option("--tolerance-us", cli.settings.options.tolerance_us,
+                     "Latencies that differ by no more than this many microseconds agree")
+      ->capture_default_str();
+  std::vector<std::string> parts;
+  for (const inspect::compare_part_row& row : inspect::compare_parts) parts.emplace_back(row.key);
+  command.add_option("--ignore", cli.ignore, "A part whose differences do not count; repeatable")
+      ->check(CLI::IsMember(parts))
+      ->allow_extra_args(false);
+  CLI::Option* json = command.add_flag("--json", cli.json, "One JSON object instead of text");
+  command.add_flag("--html", cli.html, "One self-contained HTML page drawing both presses")
+      ->excludes(json);
+}
+
+bool finish_compare(compare_cli& cli) {
+  inspect::compare_settings& s = cli.settings;
+  s.harvest_a = cli.harvest_a.value_or(cli.harvest.value_or(1));
+  s.harvest_b = cli.harvest_b.value_or(cli.harvest.value_or(1));
+  for (const std::string& key : cli.ignore)
+    if (const auto part = inspect::part_of_key(key)) s.options.ignore.push_back(*part);
+  using form = inspect::compare_settings::form;
+  s.shape = cli.json ? form::json : cli.html ? form::page : form::text;
+  if (!cli.no_progress && isatty(fileno(stderr))) s.reading.progress = stderr;
+  return finish_clock(cli.clock, s.reading.timesync, s.reading.years);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -166,6 +227,11 @@ int main(int argc, char** argv) {
       "timeline", "One self-contained HTML page drawing the press and the records");
   add_whole(*timeline, timeline_settings, true);
 
+  compare_cli compare_settings;
+  CLI::App* compare = app.add_subcommand(
+      "compare", "Two captures side by side: what differs, and a status for a gate");
+  add_compare(*compare, compare_settings);
+
   inspect::tables_settings tables_settings;
   std::optional<int> tables_year;
   CLI::App* tables = app.add_subcommand(
@@ -190,6 +256,7 @@ int main(int argc, char** argv) {
   tables->add_flag("--no-progress", tables_quiet, "No progress line on standard error");
 
   for (CLI::App* command : app.get_subcommands({})) command->footer(statuses);
+  compare->footer(compare_statuses);
 
   try {
     app.parse(argc, argv);
@@ -224,6 +291,10 @@ int main(int argc, char** argv) {
     tables_settings.reading.years = {tables_year, current_year()};
     tables_settings.progress = !tables_quiet;
     return inspect::run_tables(tables_settings);
+  }
+  if (compare->parsed()) {
+    if (!finish_compare(compare_settings)) return 2;
+    return inspect::run_compare(compare_settings.settings);
   }
   if (phone->parsed()) {
     if (!finish_whole(phone_settings)) return 2;
