@@ -6,10 +6,11 @@
 // "%b %d %T.%06lld" text of (timestamp × 1000 + calendar − tmx) / 1000 µs,
 // the sum taken in unsigned 64-bit arithmetic. The text depends only on the
 // offset calendar − tmx modulo 2^64, and that offset may put a record in any
-// year the sum reaches: 1970 to 2554 in UTC, a local year earlier or later
-// at either end. A text names no year and only its microsecond, so one text
-// allows one range of 1000 offsets per year in which its local time exists
-// (two where the clocks go back); the texts of one pair share an offset.
+// year the sum reaches: 1970 to 2554 in UTC (the top falls in July, so no
+// zone reaches 2555), and 1969 west of UTC. A text names no year and only
+// its microsecond, so one text allows one range of 1000 offsets per year in
+// which its local time exists (two where the clocks go back); the texts of
+// one pair share an offset.
 // Offsets that give every text alike are equivalent: the year of the first
 // text and the time zone pick among them.
 
