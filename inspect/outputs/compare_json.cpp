@@ -2,7 +2,6 @@
 // compare.schema.json): every part under its key with its status, the
 // values of A and B side by side, null where one has none.
 
-#include <variant>
 
 #include "inspect/outputs/compare_printer.h"
 #include "inspect/outputs/json_facts.h"
@@ -23,22 +22,6 @@ void optional_number(json_writer& json, const std::optional<double>& value) {
     json.number(*value);
   else
     json.null();
-}
-
-void field_value(json_writer& json, const std::optional<layouts::field_value>& value) {
-  if (!value) {
-    json.null();
-    return;
-  }
-  std::visit(
-      [&](const auto& v) {
-        using type = std::decay_t<decltype(v)>;
-        if constexpr (std::is_same_v<type, double>)
-          json.number(v);
-        else
-          json.value(v);
-      },
-      *value);
 }
 
 void side(json_writer& json, const compare_side& s) {
@@ -125,9 +108,9 @@ class json_printer final : public compare_printer {
       json_.key("entry");
       optional_value(json_, change.entry);
       json_.key("a");
-      field_value(json_, change.a);
+      write_field_value(json_, change.a);
       json_.key("b");
-      field_value(json_, change.b);
+      write_field_value(json_, change.b);
       json_.key("verdict").value(verdict_key(change.result));
       json_.end_object();
     }

@@ -28,19 +28,9 @@ class page_printer final : public compare_printer {
   void heading(const comparison& c) override {
     const std::string title = "Button press compared: " + input_label(c.a.model->input) + " and " +
                               input_label(c.b.model->input);
-    out_ += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>";
-    append_html(out_, title);
-    out_ +=
-        "</title>\n<style>\n"
-        "body{font-family:sans-serif;margin:16px 24px;color:#202020;background:#ffffff}\n"
-        "h1{font-size:20px;margin:0 0 4px}h2{font-size:15px;margin:18px 0 6px}\n"
-        "p,li,td,th{font-size:13px}.sub{color:#555;margin:0 0 10px}\n"
-        "table{border-collapse:collapse}td,th{padding:2px 12px 2px 0;text-align:left}\n"
-        ".bad{color:#b00020}.quiet{color:#777}\n"
-        "svg text{font-family:sans-serif;font-size:11px;fill:#202020}\n"
-        "code{font-size:12px}\n"
-        "</style>\n</head>\n<body>\n<h1>";
-    append_html(out_, title);
+    append_page_head(out_, title,
+                     "table{border-collapse:collapse}td,th{padding:2px 12px 2px 0;text-align:left}\n"
+                     ".quiet{color:#777}\n");
     out_ += "</h1>\n";
     for (const auto& [name, side] : {std::pair{"A", &c.a}, std::pair{"B", &c.b}}) {
       const capture_model& model = *side->model;

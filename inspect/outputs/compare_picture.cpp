@@ -16,9 +16,7 @@ namespace inspect {
 namespace {
 
 // The page's geometry, in CSS pixels.
-constexpr double page_width = 1200;
 constexpr double label_width = 220;
-constexpr double right_margin = 24;
 constexpr double plot_width = page_width - label_width - right_margin;
 constexpr double side_title_height = 24;
 constexpr double finger_row_height = 20;
@@ -28,10 +26,7 @@ constexpr double latency_title_height = 30;
 constexpr double latency_row_height = 32;
 constexpr double latency_bar_widest = 560;
 
-constexpr std::string_view finger_colour = "#4c93c8";
 constexpr std::string_view touch_colour = "#cfe2f0";
-constexpr std::string_view held_colour = "#c8c8c8";
-constexpr std::string_view asset_colour = "#e07b00";
 constexpr std::string_view a_colour = "#7b5ea7";
 constexpr std::string_view b_colour = "#2c9f6b";
 // Inline, as the page's style would lose to a presentation attribute.

@@ -1,5 +1,8 @@
 #include "inspect/outputs/json_facts.h"
 
+#include <type_traits>
+#include <variant>
+
 #include "inspect/capture/failure_meaning.h"
 
 namespace inspect {
@@ -133,6 +136,22 @@ void write_source(json_writer& json, record_source source) {
     json.null();
   else
     json.value(source_name(source));
+}
+
+void write_field_value(json_writer& json, const std::optional<layouts::field_value>& value) {
+  if (!value) {
+    json.null();
+    return;
+  }
+  std::visit(
+      [&](const auto& v) {
+        using type = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<type, double>)
+          json.number(v);
+        else
+          json.value(v);
+      },
+      *value);
 }
 
 }  // namespace inspect

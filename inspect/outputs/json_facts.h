@@ -6,10 +6,12 @@
 // results as integers (null for none), lines from 1, the input as named
 // ("-" for standard input).
 
+#include <optional>
 #include <string_view>
 
 #include "inspect/capture/capture_model.h"
 #include "inspect/outputs/json_writer.h"
+#include "quandor/layouts/record_layouts.h"
 
 namespace inspect {
 
@@ -36,6 +38,9 @@ void write_clock(json_writer& json, const capture_model& model);
 // per source, [{"source", span...}] or null where the capture does not say.
 void write_categories(json_writer& json, const harvest_facts& facts);
 void write_sources(json_writer& json, const harvest_facts& facts);
+
+// A record field's value: a number, text or flag; null for none.
+void write_field_value(json_writer& json, const std::optional<layouts::field_value>& value);
 
 // "profile", "ZOL_profile", or null when unknown.
 void write_source(json_writer& json, record_source source);

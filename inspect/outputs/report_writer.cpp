@@ -11,30 +11,19 @@
 namespace inspect {
 namespace {
 
-void field_value(json_writer& json, const layouts::field_value& value) {
-  std::visit(
-      [&](const auto& v) {
-        using type = std::decay_t<decltype(v)>;
-        if constexpr (std::is_same_v<type, double>)
-          json.number(v);
-        else
-          json.value(v);
-      },
-      value);
-}
-
 // Named fields as members of the object open; the elements of an array
 // field gather in order.
 void field_members(json_writer& json, const std::vector<layouts::named_field>& list) {
   for (std::size_t i = 0; i < list.size();) {
     json.key(list[i].name);
     if (!list[i].index) {
-      field_value(json, list[i++].value);
+      write_field_value(json, list[i++].value);
       continue;
     }
     json.begin_array();
     const std::string_view name = list[i].name;
-    for (; i < list.size() && list[i].name == name && list[i].index; ++i) field_value(json, list[i].value);
+    for (; i < list.size() && list[i].name == name && list[i].index; ++i)
+      write_field_value(json, list[i].value);
     json.end_array();
   }
 }
@@ -55,7 +44,7 @@ void entries(json_writer& json, const std::vector<layouts::named_field>& list) {
     json.key("entry").value(std::uint64_t{index});
     for (const layouts::named_field* field : members) {
       json.key(field->name);
-      field_value(json, field->value);
+      write_field_value(json, field->value);
     }
     json.end_object();
   }

@@ -12,9 +12,7 @@ namespace inspect {
 namespace {
 
 // The page's geometry, in CSS pixels.
-constexpr double page_width = 1200;
 constexpr double label_width = 260;
-constexpr double right_margin = 24;
 constexpr double plot_width = page_width - label_width - right_margin;
 constexpr double overview_height = 34;
 constexpr double lane_height = 16;
@@ -37,10 +35,6 @@ constexpr category_colour category_colours[] = {
 constexpr std::string_view other_colour = "#a0a0a0";
 constexpr std::uint32_t controller_category = 7;  // pkey
 
-constexpr std::string_view finger_colour = "#4c93c8";
-constexpr std::string_view held_colour = "#c8c8c8";
-constexpr std::string_view asset_colour = "#e07b00";
-constexpr std::string_view warning_colour = "#b00020";
 
 std::string_view colour_of(std::uint32_t category) {
   for (const category_colour& c : category_colours)
@@ -113,19 +107,7 @@ class timeline_builder {
     if (facts_.press) calendar = calendar_of(model_, facts_.press->stats.finger_on);
     if (!calendar && facts_.first_record) calendar = calendar_of(model_, *facts_.first_record);
     if (calendar) title += ", " + *calendar;
-    out_ += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>";
-    append_html(out_, title);
-    out_ +=
-        "</title>\n<style>\n"
-        "body{font-family:sans-serif;margin:16px 24px;color:#202020;background:#ffffff}\n"
-        "h1{font-size:20px;margin:0 0 4px}h2{font-size:15px;margin:18px 0 6px}\n"
-        "p,li{font-size:13px}.sub{color:#555;margin:0 0 10px}\n"
-        ".missing,.bad{color:" + std::string(warning_colour) + "}\n"
-        "svg text{font-family:sans-serif;font-size:11px;fill:#202020}\n"
-        "svg .small{font-size:10px;fill:#555}\n"
-        "code{font-size:12px}\n"
-        "</style>\n</head>\n<body>\n<h1>";
-    append_html(out_, title);
+    append_page_head(out_, title, "svg .small{font-size:10px;fill:#555}\n");
     out_ += "</h1>\n<p class=\"sub\">";
     append_format(out_, "%zu profile records, harvest %zu of %zu", facts_.records.size(),
         index_ + 1, model_.harvests.size());

@@ -4,40 +4,17 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 
-#include "inspect/capture/capture_reader.h"
+#include "inspect/outputs/bench/full_drain.h"
 #include "inspect/outputs/summary_view.h"
 #include "inspect/outputs/timeline_view.h"
 #include "inspect/outputs/trace_view.h"
 
 namespace {
 
-const std::string& full_drain() {
-  static const std::string text = [] {
-    std::ifstream file(KELVRA_FULL_DRAIN_CAPTURE, std::ios::binary);
-    std::ostringstream all;
-    all << file.rdbuf();
-    return all.str();
-  }();
-  return text;
-}
-
-// The capture's text read and its facts found, as every view's subcommand
-// does first.
-inspect::capture_model read_full_drain() {
-  inspect::capture_model model;
-  inspect::input_fault fault;
-  inspect::capture_options options;
-  options.years = {2026, 2026};
-  if (!inspect::read_capture(inspect::memory_source(full_drain()), "full-drain", options, model,
-                             fault))
-    std::fprintf(stderr, "%s\n", inspect::fault_line(fault).c_str());
-  return model;
-}
+using bench::full_drain;
+using bench::read_full_drain;
 
 enum class view { trace, summary, summary_json, timeline };
 

@@ -12,15 +12,7 @@ kelvra=$(realpath "$1") inspect=$(realpath "$2") python=$3 faulty=$(realpath "$4
 here=$(realpath "$(dirname "$0")")
 width=1280 height=1000
 
-browser=$(command -v chromium || command -v chromium-browser || true)
-if [ -z "$browser" ]; then
-  if [ -n "${KELVRA_REQUIRE_BROWSER:-}" ]; then
-    echo "FAIL: chromium is not installed; tools/install-deps installs it"
-    exit 1
-  fi
-  echo "SKIP: chromium is not installed (tools/install-deps installs it)"
-  exit 77
-fi
+. "$here/browser_shot.sh"
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -42,13 +34,7 @@ fi
 grep -q "+1 µs" "$work/compare.html" || { echo "FAIL: the page does not label the 1 µs"; exit 1; }
 "$python" "$here/check_page.py" "$work/compare.html"
 
-# Root may not use the browser's sandbox.
-sandbox=()
-[ "$(id -u)" -ne 0 ] || sandbox=(--no-sandbox)
-timeout 120 "$browser" --headless "${sandbox[@]}" --disable-gpu --hide-scrollbars \
-  --no-first-run --user-data-dir="$work/profile" --window-size="$width,$height" \
-  --screenshot="$work/compare.png" "file://$work/compare.html" >"$work/browser.log" 2>&1 ||
-  { cat "$work/browser.log"; echo "FAIL: chromium did not render the page"; exit 1; }
+browser_shot "$work/compare.html" "$work/compare.png" "$width" "$height" "$work"
 
 # The asset and finger bars, A's and B's latency bars.
 "$python" "$here/check_png.py" "$work/compare.png" "$width" "$height" e07b00 4c93c8 7b5ea7 2c9f6b
