@@ -46,7 +46,11 @@ std::string field_text(const layouts::field_value& value) {
 
 std::string field_name_text(const field_change& change) {
   std::string name(change.name);
-  if (change.element) name += "[" + std::to_string(*change.element) + "]";
+  if (change.element) {
+    name += '[';
+    name += std::to_string(*change.element);
+    name += ']';
+  }
   return name;
 }
 

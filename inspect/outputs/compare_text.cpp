@@ -41,8 +41,10 @@ class text_printer final : public compare_printer {
                   static_cast<unsigned long long>(c.options.tolerance_us));
     if (c.options.ignore.empty()) return;
     out_ += "  differences ignored in:";
-    for (const compare_part part : c.options.ignore)
-      out_ += " " + std::string(compare_parts[static_cast<std::size_t>(part)].key);
+    for (const compare_part part : c.options.ignore) {
+      out_ += ' ';
+      out_ += compare_parts[static_cast<std::size_t>(part)].key;
+    }
     out_ += "\n";
   }
 
@@ -143,8 +145,10 @@ class text_printer final : public compare_printer {
       if (!r.offsets.empty()) {
         note += " at byte";
         note += r.offsets.size() == 1 ? " " : "s ";
-        for (std::size_t i = 0; i < r.offsets.size(); ++i)
-          note += (i ? "," : "") + std::to_string(r.offsets[i]);
+        for (std::size_t i = 0; i < r.offsets.size(); ++i) {
+          if (i) note += ',';
+          note += std::to_string(r.offsets[i]);
+        }
       }
       row("report " + hex_text(r.id), report_text(r.a), report_text(r.b), note);
     }
