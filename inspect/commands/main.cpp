@@ -90,16 +90,21 @@ struct whole_settings {
   bool no_progress = false;
 };
 
+// Where a single output goes, and the progress line a person waits on.
+void add_output(CLI::App& command, std::string& output, bool& no_progress) {
+  command.add_option("-o,--output", output, "Where to write it; - for standard output")
+      ->capture_default_str();
+  command.add_flag("--no-progress", no_progress,
+                   "No progress line on standard error for large inputs");
+}
+
 void add_whole(CLI::App& command, whole_settings& settings, bool views) {
   command.add_option("capture", settings.capture.input,
                      "What kelvra --harvest printed (standard error merged or not); - for standard "
                      "input; .gz too")
       ->capture_default_str();
   add_clock(command, settings.clock);
-  command.add_option("-o,--output", settings.capture.output, "Where to write it; - for standard output")
-      ->capture_default_str();
-  command.add_flag("--no-progress", settings.no_progress,
-                   "No progress line on standard error for large inputs");
+  add_output(command, settings.capture.output, settings.no_progress);
   if (views)
     command.add_option("--harvest", settings.capture.harvest,
                        "Which harvest of a capture that holds several, from 1")
@@ -138,10 +143,7 @@ void add_compare(CLI::App& command, compare_cli& cli) {
                      "The capture compared; - for standard input; .gz too")
       ->required();
   add_clock(command, cli.clock);
-  command.add_option("-o,--output", cli.settings.output, "Where to write it; - for standard output")
-      ->capture_default_str();
-  command.add_flag("--no-progress", cli.no_progress,
-                   "No progress line on standard error for large inputs");
+  add_output(command, cli.settings.output, cli.no_progress);
   for (const auto& [name, value, what] :
        {std::tuple{"--harvest", &cli.harvest, "Which harvest of each capture, from 1 (default 1)"},
         std::tuple{"--harvest-a", &cli.harvest_a, "Which harvest of A, instead of --harvest"},
