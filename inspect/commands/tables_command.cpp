@@ -90,7 +90,7 @@ capture_result read_one(const std::string& path, const tables_settings& settings
   if (model.lost) {
     result.damaged = true;
     const auto lost = std::count_if(model.damage.begin(), model.damage.end(),
-                                    [](const damage& d) { return d.lost; });
+                                    [](const problem& d) { return loses_input(d); });
     result.said = "kelvra-inspect: " + input_label(path) + ": damaged in " + std::to_string(lost) +
                   " place" + (lost == 1 ? "" : "s") + " (the harvests table says where)";
   }

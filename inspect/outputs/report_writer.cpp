@@ -177,7 +177,7 @@ std::string write_report(const capture_model& model) {
   write_clock(json, model);
   json.key("damaged").value(model.lost);
   json.key("damage");
-  write_damage(json, model.damage);
+  write_problems(json, model.damage);
   json.key("harvests").begin_array();
   for (const harvest_model& harvest : model.harvests) {
     json.begin_object();

@@ -55,12 +55,10 @@ class summary_printer {
   virtual void fact(std::string_view key, std::string_view label, const summary_value& value) = 0;
   virtual void table(std::string_view key, std::span<const summary_column> columns,
                      const std::vector<std::vector<summary_value>>& rows) = 0;
-  // Sentences: notes, disagreements, what is missing.
-  virtual void sentences(std::string_view key, std::string_view prefix,
-                         const std::vector<std::string>& texts) = 0;
+  // Problem rows: notes, disagreements, what is missing, damage.
+  virtual void problems(std::string_view key, std::string_view prefix, std::span<const problem> found) = 0;
   virtual void runs(const std::vector<sequence_run>& runs, bool sources_known) = 0;
   virtual void failures(const std::vector<failure_line>& failures) = 0;
-  virtual void damage(const std::vector<inspect::damage>& found) = 0;
   virtual void finish() = 0;
 };
 
