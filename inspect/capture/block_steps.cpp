@@ -20,16 +20,16 @@ std::string banner_words(request about) {
 
 std::string printed_state(const harvest_request& entry, std::span<const std::uint8_t> record) {
   std::ostringstream out;
-  if (entry.service == "zol-button")
-    layouts::write_counts(out, entry.command, record);
-  else
+  if (layouts::prints_power_state(entry.service))
     layouts::write_power_state(out, entry.service, record);
+  else
+    layouts::write_counts(out, entry.command, record);
   return out.str();
 }
 }  // namespace
 
 std::string state_heading(const harvest_request& entry) {
-  if (entry.service != "zol-button") return std::string(entry.service) + " State";
+  if (layouts::prints_power_state(entry.service)) return std::string(entry.service) + " State";
   for (const layouts::counts_heading& heading : layouts::counts_headings)
     if (heading.command == entry.command) return std::string(heading.text);
   return {};
@@ -98,7 +98,7 @@ bool capture_parser::read_stats() {
 bool capture_parser::parse_state(const harvest_request& entry, std::vector<std::uint8_t>& record,
                                  std::string& why) {
   layouts::parse_fault fault;
-  const bool counts = entry.service == "zol-button";
+  const bool counts = !layouts::prints_power_state(entry.service);
   const std::vector<std::string_view> texts =
       block(counts ? layouts::counts_lines : layouts::power_state_lines);
   if (counts) {
