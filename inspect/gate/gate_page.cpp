@@ -18,7 +18,7 @@ constexpr std::string_view candidate_colour = asset_colour;
 constexpr std::size_t curve_points = 240;
 
 constexpr std::string_view own_style =
-    "table{border-collapse:collapse}td,th{padding:2px 8px;text-align:right}"
+    "table{border-collapse:collapse}td,th{padding:2px 8px;text-align:right;white-space:nowrap}"
     "td:first-child,th:first-child{text-align:left}.regressed{color:#b00020;font-weight:bold}"
     ".improved{color:#2c7a2c}.unknown{color:#8a6d00}.metric{display:inline-block;"
     "margin:0 16px 16px 0;vertical-align:top}\n";

@@ -24,6 +24,7 @@ std::string side_line(std::string_view label, const side_summary& side) {
 
 std::string value_text(double value, unit measure, bool change) {
   std::string text;
+  if (value == 0) value = 0;  // no "-0"
   const char* sign = change && value >= 0 ? "+" : "";
   switch (measure) {
     case unit::microseconds: append_format(text, "%s%.1f us", sign, value); break;
