@@ -58,8 +58,9 @@ struct identity {
     }
     return true;
   }
+  // The side too: one folder may be given as both.
   std::string capture_key(const row_place& place) const {
-    return place.group + '\n' + capture + '\n' + sha256;
+    return std::to_string(place.side) + '\n' + place.group + '\n' + capture + '\n' + sha256;
   }
   std::string harvest_key(const row_place& place) const {
     return capture_key(place) + '\n' + std::to_string(harvest);

@@ -311,6 +311,9 @@ def run(work, validator):
         if comparable(other) != comparable(doc):
             fail(f"{label}: not the metrics of the two datasets")
     gate(f"{work}/one", "--by", "site=lab,none", expect=2)  # no candidate harvest
+    itself = gate_json(f"{work}/a", f"{work}/a")
+    if any(m["outcome"] in ("regressed", "improved") or m["change"] != 0 for m in itself["metrics"]):
+        fail("a dataset against itself changed")
 
     # Text and page say the same verdict; bad options and inputs are status 2.
     text = gate(f"{work}/a", f"{work}/b").stdout
