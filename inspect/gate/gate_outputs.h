@@ -23,6 +23,8 @@ struct gate_document {
 
 // A metric's number in its unit; `change` signs it.
 std::string value_text(double value, unit measure, bool change);
+// "[low, high]" in the change's unit; empty without bounds.
+std::string interval_text(const metric_result& m);
 
 void write_text(const gate_document& document, std::string& out);
 void write_json(const gate_document& document, std::string& out);

@@ -75,6 +75,20 @@ void share_plot(std::string& out, const metric_result& m) {
   out += "</svg>\n";
 }
 
+// The outcome in its colour, inside `tag` (td, span).
+void append_outcome(std::string& out, std::string_view tag, outcome result) {
+  const std::string_view name = outcome_name(result);
+  out += "<";
+  out += tag;
+  out += " class=\"";
+  out += name;
+  out += "\">";
+  out += name;
+  out += "</";
+  out += tag;
+  out += ">";
+}
+
 }  // namespace
 
 void write_page(const gate_document& document, std::string& out) {
@@ -97,20 +111,15 @@ void write_page(const gate_document& document, std::string& out) {
     const unit measure = m.family->measure;
     out += "<tr><td>";
     append_html(out, m.name);
-    out += "</td><td class=\"";
-    out += outcome_name(m.result);
-    out += "\">";
-    out += outcome_name(m.result);
     out += "</td>";
+    append_outcome(out, "td", m.result);
     for (const auto* v : {&m.baseline, &m.candidate, &m.change}) {
       out += "<td>";
       append_html(out, *v ? value_text(**v, measure, v == &m.change) : "-");
       out += "</td>";
     }
     out += "<td>";
-    if (m.ci_low && m.ci_high)
-      append_html(out, "[" + value_text(*m.ci_low, measure, true) + ", " +
-                           value_text(*m.ci_high, measure, true) + "]");
+    append_html(out, interval_text(m));
     out += "</td><td>";
     if (m.q_value) append_format(out, "%.3g", *m.q_value);
     out += "</td><td>";
@@ -123,16 +132,12 @@ void write_page(const gate_document& document, std::string& out) {
     if (!values && (m.family->measure != unit::share || !m.baseline || !m.candidate)) continue;
     out += "<div class=\"metric\"><h2>";
     append_html(out, m.name);
-    out += " <span class=\"";
-    out += outcome_name(m.result);
-    out += "\">";
-    out += outcome_name(m.result);
-    out += "</span></h2>\n<p class=\"sub\">";
+    out += " ";
+    append_outcome(out, "span", m.result);
+    out += "</h2>\n<p class=\"sub\">";
     if (m.change) {
       append_html(out, "change " + value_text(*m.change, m.family->measure, true));
-      if (m.ci_low && m.ci_high)
-        append_html(out, ", interval [" + value_text(*m.ci_low, m.family->measure, true) + ", " +
-                             value_text(*m.ci_high, m.family->measure, true) + "]");
+      if (m.ci_low && m.ci_high) append_html(out, ", interval " + interval_text(m));
       append_html(out, ", budget " + m.budget_text);
     }
     out += "</p>\n";

@@ -37,6 +37,12 @@ std::string value_text(double value, unit measure, bool change) {
   return text;
 }
 
+std::string interval_text(const metric_result& m) {
+  if (!m.ci_low || !m.ci_high) return {};
+  const unit measure = m.family->measure;
+  return "[" + value_text(*m.ci_low, measure, true) + ", " + value_text(*m.ci_high, measure, true) + "]";
+}
+
 void write_text(const gate_document& document, std::string& out) {
   const gate_report& report = document.report;
   std::array<std::size_t, 4> counts{};
@@ -63,10 +69,7 @@ void write_text(const gate_document& document, std::string& out) {
   row(head);
   for (const metric_result& m : report.metrics) {
     const unit measure = m.family->measure;
-    std::string bounds = "-";
-    if (m.ci_low && m.ci_high)
-      bounds = "[" + value_text(*m.ci_low, measure, true) + ", " +
-               value_text(*m.ci_high, measure, true) + "]";
+    const std::string bounds = m.ci_low && m.ci_high ? interval_text(m) : "-";
     std::string q = "-";
     if (m.q_value) append_format(q = "", "%.3g", *m.q_value);
     row({m.name, std::string(outcome_name(m.result)), std::to_string(m.n_baseline),
