@@ -60,20 +60,33 @@ class table_file {
 
 constexpr const char* table_names[] = {"harvests", "records", "failures", "unreadable"};
 
-// What one capture gives: its rows, and what to say of it.
-struct capture_result {
-  table_rows rows;
-  std::string said;  // a line for standard error, or empty
-  bool damaged = false;
-};
+bool read_list(const std::string& list, std::vector<std::string>& inputs) {
+  std::ifstream file;
+  std::istream* in = &std::cin;
+  if (list != "-") {
+    file.open(list);
+    if (!file.is_open()) {
+      std::fprintf(stderr, "kelvra-inspect: %s: cannot be opened\n", list.c_str());
+      return false;
+    }
+    in = &file;
+  }
+  for (std::string line; std::getline(*in, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty()) inputs.push_back(line);
+  }
+  return true;
+}
 
-capture_result read_one(const std::string& path, const tables_settings& settings) {
-  capture_result result;
+}  // namespace
+
+capture_rows read_capture_rows(const std::string& path, const capture_options& reading) {
+  capture_rows result;
   content_hash hash;
   input_fault fault;
   std::unique_ptr<byte_source> source = open_file(path, fault);
   capture_model model;
-  capture_options options = settings.reading;
+  capture_options options = reading;
   options.messages = nullptr;
   options.progress = nullptr;
   const bool read =
@@ -97,8 +110,7 @@ capture_result read_one(const std::string& path, const tables_settings& settings
   return result;
 }
 
-// Directories searched recursively, their files in name order.
-bool expand(const std::vector<std::string>& inputs, std::vector<std::string>& files) {
+bool expand_inputs(const std::vector<std::string>& inputs, std::vector<std::string>& files) {
   for (const std::string& input : inputs) {
     std::error_code error;
     if (input != "-" && fs::is_directory(input, error)) {
@@ -119,31 +131,11 @@ bool expand(const std::vector<std::string>& inputs, std::vector<std::string>& fi
   return true;
 }
 
-bool read_list(const std::string& list, std::vector<std::string>& inputs) {
-  std::ifstream file;
-  std::istream* in = &std::cin;
-  if (list != "-") {
-    file.open(list);
-    if (!file.is_open()) {
-      std::fprintf(stderr, "kelvra-inspect: %s: cannot be opened\n", list.c_str());
-      return false;
-    }
-    in = &file;
-  }
-  for (std::string line; std::getline(*in, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (!line.empty()) inputs.push_back(line);
-  }
-  return true;
-}
-
-}  // namespace
-
 int run_tables(const tables_settings& settings) {
   std::vector<std::string> inputs = settings.inputs;
   if (!settings.files_from.empty() && !read_list(settings.files_from, inputs)) return 2;
   std::vector<std::string> files;
-  if (!expand(inputs, files)) return 2;
+  if (!expand_inputs(inputs, files)) return 2;
   if (settings.list) {
     for (const std::string& file : files) std::printf("%s\n", file.c_str());
     return std::fflush(stdout) == 0 ? 0 : 2;
@@ -180,7 +172,7 @@ int run_tables(const tables_settings& settings) {
         if (next >= files.size()) return;
         index = next++;
       }
-      const capture_result result = read_one(files[index], settings);
+      const capture_rows result = read_capture_rows(files[index], settings.reading);
       std::unique_lock<std::mutex> held(turn);
       turned.wait(held, [&] { return written == index; });
       damaged = damaged || result.damaged;
