@@ -25,6 +25,7 @@ std::string text_of(const summary_value& value) {
     case kind::count: return std::to_string(value.count_value);
     case kind::micros: return std::to_string(value.count_value) + " µs";
     case kind::millis: return milliseconds_text(value.micros_value) + " ms";
+    case kind::span: return duration_ms_text(value.count_value) + " ms";
     case kind::offset: return signed_micro_text(value.micros_value);
     case kind::text: return value.text_value;
     case kind::flag: return value.flag_value ? "yes" : "no";
@@ -37,7 +38,8 @@ void json_of(json_writer& json, const summary_value& value) {
   switch (value.shape) {
     case kind::none: json.null(); break;
     case kind::count:
-    case kind::micros: json.value(value.count_value); break;
+    case kind::micros:
+    case kind::span: json.value(value.count_value); break;
     case kind::millis:
     case kind::offset: json.value(value.micros_value); break;
     case kind::text: json.value(value.text_value); break;

@@ -96,8 +96,8 @@ constexpr summary_column span_columns[] = {{"name", "", 16},
                                            {"span_us", "span", 14}};
 
 std::vector<value> span_row(std::string name, const time_span& span, std::uint64_t first) {
-  return {value::text(std::move(name)), value::count(span.count), value::millis(since(span.first, first)),
-          value::millis(since(span.last, first)), value::millis(since(span.last, span.first))};
+  return {value::text(std::move(name)), value::count(span.count), value::span(span.first - first),
+          value::span(span.last - first), value::span(span.last - span.first)};
 }
 
 void records(summary_printer& out, const capture_model& model, const harvest_facts& facts) {
@@ -108,7 +108,7 @@ void records(summary_printer& out, const capture_model& model, const harvest_fac
   out.fact("first_us", "first, coprocessor", any ? value::micros(all.first) : value::none());
   const std::optional<std::string> calendar = any ? calendar_of(model, all.first) : std::nullopt;
   out.fact("first_calendar_time", "first", calendar ? value::text(*calendar) : value::none());
-  out.fact("span_us", "span", any ? value::millis(since(all.last, all.first)) : value::none());
+  out.fact("span_us", "span", any ? value::span(all.last - all.first) : value::none());
   out.fact("off_axis", "far from the press", value::count(facts.off_axis));
   std::vector<std::vector<value>> rows;
   for (const category_count& c : facts.categories) rows.push_back(span_row(c.name, c.span, all.first));
