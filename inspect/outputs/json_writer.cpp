@@ -32,47 +32,7 @@ namespace {
 
 constexpr std::uint64_t exact_limit = std::uint64_t{1} << 53;
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 }  // namespace
-
-void append_exact_json(std::string& out, std::string_view json) {
-  bool in_string = false;
-  std::size_t at = 0;
-  while (at < json.size()) {
-    const char c = json[at];
-    if (in_string) {
-      out += c;
-      if (c == '\\' && at + 1 < json.size()) out += json[++at];
-      else if (c == '"') in_string = false;
-      ++at;
-      continue;
-    }
-    if (c == '"') in_string = true;
-    if (!is_digit(c) && !(c == '-' && at + 1 < json.size() && is_digit(json[at + 1]))) {
-      out += c;
-      ++at;
-      continue;
-    }
-    std::size_t end = at + 1;
-    while (end < json.size() && (is_digit(json[end]) || json[end] == '.' || json[end] == 'e' ||
-                                 json[end] == 'E' || json[end] == '+' || json[end] == '-'))
-      ++end;
-    const std::string_view number = json.substr(at, end - at);
-    const std::string_view digits = number.substr(number.front() == '-' ? 1 : 0);
-    std::uint64_t value = 0;
-    const auto [past, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    const bool integer = past == digits.data() + digits.size();
-    if (integer && (error != std::errc{} || value >= exact_limit)) {
-      out += '"';
-      out += number;
-      out += '"';
-    } else {
-      out += number;
-    }
-    at = end;
-  }
-}
 
 void json_writer::new_line() {
   out_ += '\n';
@@ -187,15 +147,6 @@ json_writer& json_writer::null() {
 json_writer& json_writer::raw(std::string_view json) {
   separate();
   out_ += json;
-  return *this;
-}
-
-json_writer& json_writer::raw_exact(std::string_view json) {
-  separate();
-  if (exact_)
-    append_exact_json(out_, json);
-  else
-    out_ += json;
   return *this;
 }
 
