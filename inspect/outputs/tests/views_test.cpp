@@ -10,6 +10,7 @@
 #include "inspect/outputs/json_writer.h"
 #include "inspect/outputs/summary_view.h"
 #include "inspect/outputs/timeline_view.h"
+#include "inspect/outputs/trace_tracks.h"
 #include "inspect/outputs/trace_view.h"
 
 namespace inspect::test {
@@ -77,6 +78,39 @@ TEST(trace, the_press_its_flows_and_counters) {
   ASSERT_TRUE(counter);
   EXPECT_EQ((*counter)["ph"], "C");
   EXPECT_EQ((*counter)["args"]["value"], -5);
+}
+
+TEST(trace, overlapping_slices_go_on_numbered_threads_of_their_kind) {
+  thread_packer packer;
+  packer.reserve("finger");
+  packer.reserve("button");
+  const struct {
+    const char* kind;
+    std::uint64_t from, to;
+    int tid;
+  } slices[] = {
+      {"finger", 10, 20, 1},
+      {"finger", 12, 18, 1},  // nests
+      {"finger", 15, 30, 3},  // overlaps: a second finger thread
+      {"button", 40, 50, 2},
+      {"finger", 18, 35, 4},  // overlaps both
+      {"finger (2)", 0, 1, 5},  // a kind whose name looks like a copy's
+      {"finger", 50, 60, 1},
+  };
+  for (const auto& s : slices) EXPECT_EQ(packer.place(s.kind, s.from, s.to), s.tid) << s.kind << s.from;
+  const struct {
+    const char* kind;
+    int copy;
+    const char* name;
+  } threads[] = {{"finger", 1, "finger"},     {"button", 1, "button"},
+                 {"finger", 2, "finger (2)"}, {"finger", 3, "finger (3)"},
+                 {"finger (2)", 1, "finger (2)"}};
+  ASSERT_EQ(packer.slots().size(), std::size(threads));
+  for (std::size_t i = 0; i < std::size(threads); ++i) {
+    EXPECT_EQ(packer.slots()[i].kind, threads[i].kind);
+    EXPECT_EQ(packer.slots()[i].copy, threads[i].copy);
+    EXPECT_EQ(packer.slots()[i].name, threads[i].name);
+  }
 }
 
 TEST(views, an_empty_harvest_says_what_is_missing) {
