@@ -5,7 +5,7 @@
 #include <map>
 
 #include "inspect/capture/number_text.h"
-#include "inspect/outputs/json_writer.h"
+#include "inspect/outputs/json_tree.h"
 #include "liblog_zol/ZOLProfile.h"
 #include "liblog_zol/digit_tables.h"
 
@@ -79,31 +79,6 @@ void opening(phone_description& entry, const entry_state& state) {
   if (state.wide == nullptr) return;
   if (state.wide->outcome == call_outcome::open_failed) entry["open_result"] = hex_text(state.wide->value);
   if (state.wide->outcome == call_outcome::zero_connection) entry["null_connection"] = true;
-}
-
-void write_value(json_writer& out, const phone_description& value) {
-  using type = phone_description::value_t;
-  switch (value.type()) {
-    case type::object:
-      out.begin_object();
-      for (const auto& [key, item] : value.items()) {
-        out.key(key);
-        write_value(out, item);
-      }
-      out.end_object();
-      break;
-    case type::array:
-      out.begin_array();
-      for (const phone_description& item : value) write_value(out, item);
-      out.end_array();
-      break;
-    case type::string: out.value(value.get_ref<const std::string&>()); break;
-    case type::boolean: out.value(value.get<bool>()); break;
-    case type::number_unsigned: out.value(value.get<std::uint64_t>()); break;
-    case type::number_integer: out.value(value.get<std::int64_t>()); break;
-    case type::number_float: out.number(value.get<double>()); break;
-    default: out.null(); break;
-  }
 }
 
 // The first place where no phone prints what the capture shows.
@@ -247,7 +222,7 @@ bool describe_phone(const capture_model& model, bool partial, phone_description&
 std::string phone_text(const phone_description& phone) {
   std::string text;
   json_writer json(text, true);
-  write_value(json, phone);
+  write_json_tree(json, phone);
   text += '\n';
   return text;
 }

@@ -1,0 +1,14 @@
+#pragma once
+
+// A structure of nlohmann's library written with the house JSON writer, so
+// that its numbers and strings read as every other output's.
+
+#include <nlohmann/json.hpp>
+
+#include "inspect/outputs/json_writer.h"
+
+namespace inspect {
+
+void write_json_tree(json_writer& out, const nlohmann::ordered_json& value);
+
+}  // namespace inspect
