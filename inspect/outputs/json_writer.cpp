@@ -2,16 +2,51 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 #include "inspect/input/utf8.h"
 #include "liblog_zol/general_notation.h"
 
 namespace inspect {
 
+namespace {
+
+// Whether every byte goes into a JSON string as it is: printable ASCII
+// other than the quote and the backslash. Eight bytes a step, so that long
+// texts (a phone's replies in hex) are copied whole; a word it cannot clear
+// goes to the byte-wise writer.
+bool plain_ascii(std::string_view text) {
+  constexpr std::uint64_t ones = 0x0101010101010101;
+  constexpr std::uint64_t highs = 0x8080808080808080;
+  const auto any_zero = [](std::uint64_t v) { return (v - ones) & ~v & highs; };
+  std::size_t at = 0;
+  for (; at + 8 <= text.size(); at += 8) {
+    std::uint64_t w;
+    std::memcpy(&w, text.data() + at, 8);
+    const std::uint64_t control = (w - 0x20 * ones) & ~w & highs;  // a byte below 0x20
+    const std::uint64_t high = (w + ones) | w;                      // 0x7f and up
+    if ((control | (high & highs) | any_zero(w ^ ('"' * ones)) | any_zero(w ^ ('\\' * ones))) != 0)
+      return false;
+  }
+  for (; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 0x20 || byte >= 0x7f || byte == '"' || byte == '\\') return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 void append_json_string(std::string& out, std::string_view text) {
   static constexpr char hex[] = "0123456789abcdef";
-  const bool utf8 = valid_utf8(text);
   out += '"';
+  if (plain_ascii(text)) {
+    out += text;
+    out += '"';
+    return;
+  }
+  const bool utf8 = valid_utf8(text);
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte == '"' || byte == '\\') {

@@ -26,6 +26,15 @@ TEST(json_text, strings_escape_what_json_must) {
       {"line\nend\x01", R"("line\u000aend\u0001")"},
       {"5 \xc2\xb5s", "\"5 \xc2\xb5s\""},  // UTF-8 stays as it is
       {"\xff", R"("\u00ff")"},             // a byte that is not UTF-8 keeps its value
+      // Long texts are cleared eight bytes at a time: a byte to escape at
+      // each place of a word, and in the tail.
+      {"0123456789abcdef0123", R"("0123456789abcdef0123")"},
+      {"01234567\"9abcdef", R"("01234567\"9abcdef")"},
+      {"0123456789abcde\\", R"("0123456789abcde\\")"},
+      {"0123456789\x1f", R"("0123456789\u001f")"},
+      {"0123456\x7f" "89", R"("0123456\u007f89")"},
+      {"012345678 \xc2\xb5s", "\"012345678 \xc2\xb5s\""},
+      {"~}|{zyxw !#$%&'()", "\"~}|{zyxw !#$%&'()\""},  // the edges of plain ASCII
   };
   for (const auto& c : cases) {
     std::string out;
