@@ -1,7 +1,9 @@
 #pragma once
 
 // A structure of nlohmann's library written with the house JSON writer, so
-// that its numbers and strings read as every other output's.
+// that its numbers and strings read as every other output's. Binary values
+// are written as their bytes in hex, a blank after every `subtype` bytes
+// where they have a subtype.
 
 #include <nlohmann/json.hpp>
 

@@ -1,13 +1,11 @@
 #include "inspect/outputs/phone_writer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 
 #include "inspect/capture/number_text.h"
 #include "inspect/outputs/json_tree.h"
 #include "liblog_zol/ZOLProfile.h"
-#include "liblog_zol/digit_tables.h"
 
 namespace inspect {
 namespace {
@@ -34,19 +32,12 @@ bool missing(const entry_state& state) {
 
 bool seen(const entry_state& state) { return state.wide != nullptr || state.per_call != nullptr; }
 
-// Reply bytes in hex, a blank between profile records for the reader.
-std::string reply_hex(const device_call& call) {
+// Reply bytes, written in hex with a blank between profile records for
+// the reader.
+phone_description reply_bytes(const device_call& call) {
   const bool log = call.about == request::profile_events || call.about == request::profiler_log;
-  const std::size_t group = log ? profile_record_size : call.reply.size() + 1;
-  const std::vector<std::uint8_t>& bytes = call.reply;
-  std::string text(bytes.size() * 2 + (bytes.empty() ? 0 : (bytes.size() - 1) / group), ' ');
-  char* out = text.data();
-  for (std::size_t first = 0; first < bytes.size(); first += group) {
-    if (first != 0) *out++ = ' ';
-    for (std::size_t i = first; i < std::min(bytes.size(), first + group); ++i, out += 2)
-      std::memcpy(out, &zol::hex_pairs[2 * std::size_t{bytes[i]}], 2);
-  }
-  return text;
+  return log ? phone_description::binary(call.reply, profile_record_size)
+             : phone_description::binary(call.reply);
 }
 
 phone_description answer(const device_call& call) {
@@ -54,7 +45,7 @@ phone_description answer(const device_call& call) {
   if (call.outcome == call_outcome::refused)
     item["result"] = hex_text(call.value);
   else
-    item["reply"] = reply_hex(call);
+    item["reply"] = reply_bytes(call);
   return item;
 }
 
