@@ -2,6 +2,7 @@
 // for tools and its words for people. The printers lay it out.
 
 #include <cstdio>
+#include <initializer_list>
 #include <tuple>
 #include <variant>
 
@@ -13,6 +14,13 @@ namespace inspect {
 namespace {
 
 using json = nlohmann::ordered_json;
+
+// Words joined piece by piece.
+std::string joined(std::initializer_list<std::string_view> pieces) {
+  std::string text;
+  for (const std::string_view piece : pieces) text += piece;
+  return text;
+}
 
 compare_cell count_cell(std::uint64_t n) { return {n, std::to_string(n)}; }
 
@@ -114,14 +122,14 @@ void fields(const field_comparison& f, compare_printer& out) {
   out.value("unchanged", count_cell(f.unchanged));
   const bool empty = f.one_sided.empty() && f.changes.empty();
   if (empty)
-    out.note(f.unchanged == 0 ? "in neither capture"
-                              : "no difference in " + std::to_string(f.unchanged) + " fields");
+    out.note(f.unchanged == 0 ? std::string("in neither capture")
+                              : joined({"no difference in ", std::to_string(f.unchanged), " fields"}));
   compare_rows one_sided;
   for (const one_sided_block& block : f.one_sided)
     one_sided.push_back({text_cell(block.where), text_cell(block.in_a ? "a" : "b"),
                          count_cell(block.fields),
-                         {nullptr, block.where + ": only in " + (block.in_a ? "A" : "B") + " (" +
-                                       std::to_string(block.fields) + " fields)"}});
+                         {nullptr, joined({block.where, ": only in ", block.in_a ? "A" : "B", " (",
+                                          std::to_string(block.fields), " fields)"})}});
   out.table("one_sided", one_sided_columns, one_sided, true);
   if (!f.changes.empty()) out.header("");
   compare_rows changes;
@@ -135,7 +143,7 @@ void fields(const field_comparison& f, compare_printer& out) {
                        {verdict_key(change.result), std::string(verdict_label(change.result))}});
   }
   out.table("changes", change_columns, changes, false);
-  if (!empty && f.unchanged != 0) out.note(std::to_string(f.unchanged) + " fields the same");
+  if (!empty && f.unchanged != 0) out.note(joined({std::to_string(f.unchanged), " fields the same"}));
 }
 
 constexpr compare_column component_columns[] = {
@@ -152,7 +160,7 @@ void records(const records_comparison& r, compare_printer& out) {
   compare_rows rows;
   for (const component_rate& c : r.components)
     rows.push_back({text_cell(c.category), text_cell(c.component),
-                    {nullptr, c.category + " · " + c.component}, count_cell(c.a), count_cell(c.b),
+                    {nullptr, joined({c.category, " · ", c.component})}, count_cell(c.a), count_cell(c.b),
                     number_cell(c.a_per_second, rate_text(c.a_per_second)),
                     number_cell(c.b_per_second, rate_text(c.b_per_second)), verdict_cell(c.result)});
   out.table("components", component_columns, rows, false);
@@ -167,13 +175,13 @@ constexpr compare_column event_columns[] = {
 
 void events(const events_comparison& e, compare_printer& out) {
   out.value("shared", count_cell(e.shared));
-  out.note(std::to_string(e.shared) + " event names in both");
+  out.note(joined({std::to_string(e.shared), " event names in both"}));
   for (const auto& [key, side, list] : {std::tuple{"only_a", "A", &e.only_a}, {"only_b", "B", &e.only_b}}) {
     compare_rows rows;
     for (const event_name& name : *list)
       rows.push_back({text_cell(name.category), text_cell(name.component), text_cell(name.event),
-                      {nullptr, "only in " + std::string(side) + ": " + name.category + " · " +
-                                    name.component + " · " + name.event}});
+                      {nullptr, joined({"only in ", side, ": ", name.category, " · ", name.component, " · ",
+                                       name.event})}});
     out.table(key, event_columns, rows, true);
   }
 }
@@ -211,7 +219,7 @@ void reports(const hid_comparison& h, compare_printer& out) {
       note += std::to_string(r.offsets[i]);
       offsets.push_back(std::uint64_t{r.offsets[i]});
     }
-    rows.push_back({count_cell(r.id), {nullptr, "report " + hex_text(r.id)}, report_cell(r.a),
+    rows.push_back({count_cell(r.id), {nullptr, joined({"report ", hex_text(r.id)})}, report_cell(r.a),
                     report_cell(r.b), {std::move(offsets), ""}, text_cell(verdict_key(r.result)),
                     {nullptr, std::move(note)}});
   }
