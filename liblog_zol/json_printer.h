@@ -32,6 +32,9 @@ class json_printer final : public record_printer {
   // Payload integers from 2^53 on (either sign) as strings of their digits:
   // a browser's numbers would not keep them. Off for the records' JSON.
   void set_exact_in_browsers(bool exact) noexcept { exact_ = exact; }
+  // Members written ahead of the record's own, as JSON ("\"a\":1,\"b\":2"):
+  // a table row is the record's object with its keys in front.
+  void set_leading(std::string_view members) noexcept { leading_ = members; }
 
   void begin(const record_header& header) override;
   void field(std::string_view key, std::uint8_t width, const field_value& value) override;
@@ -53,6 +56,7 @@ class json_printer final : public record_printer {
 
   line_builder out_;
   record_origin origin_;
+  std::string_view leading_;
   bool first_field_ = true;
   bool exact_ = false;
   std::size_t payload_start_ = 0;

@@ -18,7 +18,7 @@
 
 namespace inspect {
 
-inline constexpr int compare_schema_version = 1;
+inline constexpr int compare_schema_version = 2;
 
 // A value as tools and people see it: `json` null where there is none,
 // `text` empty where people see nothing.
