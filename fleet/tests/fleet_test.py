@@ -24,6 +24,9 @@ import sys
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+SCHEMAS = os.path.join(HERE, "..", "..", "inspect", "schema")
+sys.path.insert(0, os.path.join(HERE, "..", "..", "inspect", "tests"))
+from check_manifest import manifest_problems  # noqa: E402
 TABLES = ("harvests", "records", "failures", "unreadable")
 SKIP = 77
 # Addresses of this test's own network namespace, never of a real host.
@@ -157,6 +160,27 @@ def read_dataset(directory, gzipped=False, numbered=True):
     return parts, rows
 
 
+def check_manifest(directory, single, not_read=0):
+    """The dataset's one manifest agrees with its files, and counts the
+    inputs as the single run's manifest does, less what was not read."""
+    manifest, problems = manifest_problems(directory, SCHEMAS)
+    check(not problems, "%s: %s" % (directory, "; ".join(problems[:5])))
+    with open(os.path.join(single, "manifest.json"), encoding="utf-8") as stream:
+        expected = json.load(stream)
+    check(manifest["tool"] == "kelvra-fleet" and manifest["version"] == expected["version"],
+          "%s: made by %s %s" % (directory, manifest["tool"], manifest["version"]))
+    check(manifest["complete"] == (not_read == 0) and manifest["inputs"]["not_read"] == not_read,
+          "%s: complete %s, %d inputs not read" % (directory, manifest["complete"],
+                                                   manifest["inputs"]["not_read"]))
+    check(manifest["inputs"]["listed"] == expected["inputs"]["listed"],
+          "%s: %d inputs listed, not %d" % (directory, manifest["inputs"]["listed"],
+                                           expected["inputs"]["listed"]))
+    if not not_read:
+        check(manifest["inputs"] == expected["inputs"], "%s: inputs %s, one run's %s" % (
+            directory, manifest["inputs"], expected["inputs"]))
+    return manifest
+
+
 def multiset(rows):
     return collections.Counter(json.dumps(row, sort_keys=True) for row in rows)
 
@@ -201,6 +225,7 @@ def case_dataset(env):
     check(len(parts) == 3, "8 captures in shards of 3 make %d partitions" % len(parts))
     compare(rows, expected, "plain run")
     check(done.stdout == counts_line(expected), "the counts printed:\n" + done.stdout)
+    check_manifest(os.path.join(env.work, "fleet"), os.path.join(env.work, "single"))
 
     # Compressed, with inputs from a list on standard input and the default
     # shard size.
@@ -213,6 +238,7 @@ def case_dataset(env):
     check(done.returncode == status, "gzip: exit %d, not %d: %s" % (
         done.returncode, status, done.stderr))
     compare(read_dataset(os.path.join(env.work, "fleet-gz"), gzipped=True)[1], expected, "gzip")
+    check_manifest(os.path.join(env.work, "fleet-gz"), os.path.join(env.work, "single-gz"))
     check(done.stdout == counts_line(expected), "gzip: the counts printed:\n" + done.stdout)
 
     # At a terminal, progress on standard error.
@@ -230,6 +256,9 @@ def case_dataset(env):
           "no captures: exit %d: %s%s" % (done.returncode, done.stdout, done.stderr))
     parts, rows = read_dataset(os.path.join(env.work, "fleet-none"))
     check(parts == ["part-00000"] and not any(rows.values()), "no captures: %s" % parts)
+    manifest, problems = manifest_problems(os.path.join(env.work, "fleet-none"), SCHEMAS)
+    check(not problems and manifest["complete"] and manifest["inputs"]["listed"] == 0,
+          "no captures: the manifest: %s" % problems)
 
 
 def at_terminal(env, command):
@@ -295,6 +324,7 @@ def case_worker_killed(env):
     parts, rows = read_dataset(out)
     check(len(parts) == 4, "4 partitions expected, not %s" % parts)
     compare(rows, expected, "killed worker")
+    check_manifest(out, os.path.join(env.work, "single"))
     check(stdout == counts_line(expected), "the counts printed:\n" + stdout)
 
     # With no failure allowed, the shard fails for good: exit 2, the shard
@@ -322,6 +352,7 @@ def case_worker_killed(env):
     kept = {table: [row for row in expected[table] if row["capture"] not in lost]
             for table in TABLES}
     compare(rows, kept, "no failure allowed")
+    check_manifest(out, os.path.join(env.work, "single"), not_read=len(lost))
 
 
 def listening(tables=("tcp", "tcp6")):

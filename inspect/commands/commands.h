@@ -5,6 +5,7 @@
 // was written, 2 when nothing could be made of it.
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -66,6 +67,9 @@ struct tables_settings {
   bool gzip = false;
   bool list = false;                // print the files it would read, and stop
   bool progress = true;
+  std::string partition_by;  // a label: Hive-style folders by its value
+  // Each input's labels, by its path as given.
+  std::map<std::string, std::map<std::string, std::string, std::less<>>, std::less<>> labels;
 };
 int run_tables(const tables_settings& settings);
 
