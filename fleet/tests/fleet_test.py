@@ -113,12 +113,13 @@ class Env:
                                 + list(args), cwd=self.work, env=env,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
-    def single(self, out, *args):
-        """One tables run over the captures: what the dataset must hold."""
+    def single(self, out, *args, below=""):
+        """One tables run over the captures: what the dataset must hold (in
+        the folder `below` of its directory)."""
         done = self.run([self.inspect, "tables", "--out", out, "--no-progress"]
                         + list(args) + ["captures"])
         check(done.returncode in (0, 1), "tables exited %d: %s" % (done.returncode, done.stderr))
-        return done.returncode, {table: read_table(os.path.join(self.work, out), table)
+        return done.returncode, {table: read_table(os.path.join(self.work, out, below), table)
                                  for table in TABLES}
 
 
@@ -240,6 +241,25 @@ def case_dataset(env):
     compare(read_dataset(os.path.join(env.work, "fleet-gz"), gzipped=True)[1], expected, "gzip")
     check_manifest(os.path.join(env.work, "fleet-gz"), os.path.join(env.work, "single-gz"))
     check(done.stdout == counts_line(expected), "gzip: the counts printed:\n" + done.stdout)
+
+    # In folders by a label: LABEL=VALUE/part-NNNNN/, the same rows; no
+    # capture has the label yet, so all are in Hive's folder for none.
+    status, expected = env.single("single-by", "--partition-by", "build",
+                                  below="build=__HIVE_DEFAULT_PARTITION__")
+    done = env.fleet_run("fleet-by", "--workers", "2", "--shard-size", "3",
+                         "--partition-by", "build", "captures")
+    check(done.returncode == status, "--partition-by: exit %d, not %d: %s" % (
+        done.returncode, status, done.stderr))
+    folder = os.path.join(env.work, "fleet-by", "build=__HIVE_DEFAULT_PARTITION__")
+    parts, rows = read_dataset(folder)
+    check(len(parts) == 3, "--partition-by: %d partitions, not 3" % len(parts))
+    compare(rows, expected, "--partition-by")
+    manifest = check_manifest(os.path.join(env.work, "fleet-by"), os.path.join(env.work, "single-by"))
+    check(manifest["partition_by"] == "build", "--partition-by: the manifest says %s"
+          % manifest["partition_by"])
+    check(sorted(os.listdir(os.path.join(env.work, "fleet-by"))) ==
+          ["build=__HIVE_DEFAULT_PARTITION__", "manifest.json"],
+          "--partition-by: %s" % os.listdir(os.path.join(env.work, "fleet-by")))
 
     # At a terminal, progress on standard error.
     os.makedirs(os.path.join(env.work, "one"))
