@@ -21,7 +21,6 @@ with the other's; OUT/fleet.json says what each archive is. --only-tar
 leaves out the .zip and bad archives (for figures over like archives alone).
 The same seed always gives the same fleet.
 """
-import argparse
 import concurrent.futures
 import gzip
 import io
@@ -177,13 +176,7 @@ def make_one(args):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("kelvra")
-    parser.add_argument("default_phone")
-    parser.add_argument("out")
-    parser.add_argument("--count", type=int, required=True)
-    parser.add_argument("--seed", type=int, default=20261125)
-    parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
+    parser = make_fleet.fleet_parser(__doc__.splitlines()[0])
     parser.add_argument("--filler-mb", type=int, nargs=2, default=[5, 20], metavar=("LOW", "HIGH"))
     parser.add_argument("--only-tar", action="store_true")
     args = parser.parse_args()

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""DIR/manifest.json of kelvra-inspect tables: over a small fleet (whole,
-twice, gzip-compressed, cut and unreadable captures), plain and --gzip, and
+"""DIR/manifest.json of kelvra-inspect tables: over tables_test's small fleet
+(whole, twice, gzip-compressed, cut and unreadable captures), plain and --gzip, and
 over nothing. The manifest agrees with the files (check_manifest.py); its
 input counts with each input's own status from `report` (0 whole, 1
 damaged, 2 unreadable); its version with --version and the records'
@@ -9,39 +9,13 @@ leaves no manifest, not even one of an earlier run.
 
     manifest_test.py KELVRA KELVRA_INSPECT SCHEMA_DIR PHONE...
 """
-import gzip
 import json
 import os
-import subprocess
 import sys
 import tempfile
 
 from check_manifest import manifest_problems
-
-ENV = dict(os.environ, TZ="UTC")
-
-
-def run(args, **kw):
-    done = subprocess.run(args, capture_output=True, env=ENV, **kw)
-    return done.returncode, done.stdout.decode(), done.stderr.decode()
-
-
-def make_fleet(kelvra, phones, root):
-    os.makedirs(os.path.join(root, "below"))
-    first = None
-    for i, phone in enumerate(phones):
-        capture = subprocess.run([kelvra, "--harvest"], stdout=subprocess.PIPE,
-                                 stderr=subprocess.STDOUT, env=dict(ENV, TMXSIM_DEVICE=phone)).stdout
-        first = first or capture
-        with open(os.path.join(root, "below" if i % 2 else "", f"{i:02d}.txt"), "wb") as f:
-            f.write(capture)
-    extra = {"gz.txt.gz": gzip.compress(first, mtime=0), "twice.txt": first + first,
-             "cut.txt": first[: len(first) // 2 + 3], "notes.md": b"# not a capture\n",
-             "empty.txt": b"", "binary.bin": bytes(range(256))}
-    for name, data in extra.items():
-        with open(os.path.join(root, name), "wb") as f:
-            f.write(data)
-
+from tables_test import make_fleet, run
 
 def main():
     kelvra, inspect, schemas = sys.argv[1:4]
@@ -52,15 +26,14 @@ def main():
         failures.append(what)
         print("FAIL:", what)
 
-    _, version, _ = run([inspect, "--version"])
+    version = run([inspect, "--version"])[1].decode()
     with open(os.path.join(schemas, "records.schema.json"), encoding="utf-8") as f:
         records_version = json.load(f)["properties"]["schema_version"]["const"]
 
     with tempfile.TemporaryDirectory() as work:
         fleet = os.path.join(work, "fleet")
         make_fleet(kelvra, phones, fleet)
-        _, listed, _ = run([inspect, "tables", "--list", fleet])
-        files = listed.splitlines()
+        files = run([inspect, "tables", "--list", fleet])[1].decode().splitlines()
         want = {"listed": len(files), "read_whole": 0, "damaged": 0, "unreadable": 0,
                 "members_passed_over": 0, "not_read": 0}
         for path in files:
