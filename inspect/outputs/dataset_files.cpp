@@ -50,6 +50,7 @@ class dataset_writer::table_file {
   }
 
   bool write(std::string_view text) {
+    if (text.empty()) return true;
     for (const char* at = text.data(); (at = static_cast<const char*>(
                                             std::memchr(at, '\n', text.data() + text.size() - at)));
          ++at)
