@@ -17,6 +17,7 @@ import tempfile
 from check_manifest import manifest_problems
 from tables_test import make_fleet, run
 
+
 def main():
     kelvra, inspect, schemas = sys.argv[1:4]
     phones = sys.argv[4:]
