@@ -29,6 +29,9 @@ struct record_origin {
 class json_printer final : public record_printer {
  public:
   void set_origin(const record_origin& origin) noexcept { origin_ = origin; }
+  // Members written ahead of the record's own, as JSON ("\"a\":1,\"b\":2"):
+  // a table row is the record's object with its keys in front.
+  void set_leading(std::string_view members) noexcept { leading_ = members; }
 
   void begin(const record_header& header) override;
   void field(std::string_view key, std::uint8_t width, const field_value& value) override;
@@ -53,6 +56,7 @@ class json_printer final : public record_printer {
 
   line_builder out_;
   record_origin origin_;
+  std::string_view leading_;
   bool first_field_ = true;
   bool beyond_doubles_ = false;
   std::size_t payload_start_ = 0;

@@ -56,7 +56,6 @@ struct profile_entry {
   std::uint64_t last_line = 0;  // a text with line ends runs over several
   std::array<std::uint8_t, 48> bytes{};
   std::optional<std::string> calendar_text;
-  record_source source = record_source::unknown;
 };
 
 struct assets_block {
@@ -124,7 +123,7 @@ struct capture_model {
   recovered_clock clock;
   std::optional<zol::timesync_pair> pair;
   bool pair_given = false;  // --timesync
-  std::vector<inspect::damage> damage;
+  std::vector<inspect::problem> damage;
   bool lost = false;  // some damage lost part of the capture
 };
 
