@@ -17,7 +17,7 @@
 #include "inspect/commands/commands.h"
 #include "inspect/input/content_hash.h"
 #include "inspect/input/progress_meter.h"
-#include "inspect/outputs/dataset_files.h"
+#include "inspect/outputs/dataset_writer.h"
 #include "inspect/outputs/table_rows.h"
 
 namespace inspect {

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "inspect/outputs/dataset_files.h"
+#include "inspect/outputs/dataset_writer.h"
 
 namespace inspect::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "inspect/outputs/dataset_files.h"
+#include "inspect/outputs/dataset_writer.h"
 
 #include <zlib.h>
 
