@@ -8,8 +8,14 @@ The phones are the descriptions kept in tmxsim/devices/. Regenerate with
 and commit the result.
 """
 
+import bz2
 import copy
+import gzip
+import io
 import json
+import lzma
+import tarfile
+import zipfile
 import pathlib
 import shutil
 import struct
@@ -146,6 +152,46 @@ def addition_seeds():
     return {**seeds, **ADDITION_FINDINGS}
 
 
+def tar_bytes(members):
+    buf = io.BytesIO()
+    with tarfile.open(fileobj=buf, mode="w", format=tarfile.GNU_FORMAT) as t:
+        for name, data, kind in members:
+            info = tarfile.TarInfo(name)
+            info.type = kind
+            info.size = len(data) if kind == tarfile.REGTYPE else 0
+            info.linkname = "target" if kind in (tarfile.SYMTYPE, tarfile.LNKTYPE) else ""
+            t.addfile(info, io.BytesIO(data) if kind == tarfile.REGTYPE else None)
+    return buf.getvalue()
+
+
+def archive_seeds():
+    """Collection archives around the start of the default phone's capture."""
+    capture = (ROOT / "tmxsim" / "devices" / "default.harvest.txt").read_bytes()[:6000]
+    log = b"".join(b"line %d of a log\n" % i for i in range(200))
+    members = [("logs/app.log", log, tarfile.REGTYPE), ("dir", b"", tarfile.DIRTYPE),
+               ("phone/harvest.txt", capture, tarfile.REGTYPE),
+               ("nested.gz", gzip.compress(capture, mtime=0), tarfile.REGTYPE),
+               ("link", b"", tarfile.SYMTYPE), ("hard", b"", tarfile.LNKTYPE),
+               ("../up", capture[:100], tarfile.REGTYPE), ("dev", b"", tarfile.CHRTYPE)]
+    tar = tar_bytes(members)
+    zipped = io.BytesIO()
+    with zipfile.ZipFile(zipped, "w", zipfile.ZIP_DEFLATED) as z:
+        for name, data, kind in members:
+            if kind == tarfile.REGTYPE:
+                z.writestr(zipfile.ZipInfo(name, (2026, 3, 14, 9, 0, 0)), data)
+    return {"plain.tar": tar, "tar.gz": gzip.compress(tar, mtime=0), "tar.xz": lzma.compress(tar),
+            "tar.bz2": bz2.compress(tar), "zip": zipped.getvalue(),
+            "cut.tar.gz": gzip.compress(tar, mtime=0)[:1500], "bare-capture": capture,
+            "lone.xz": lzma.compress(capture)}
+
+
+def label_seeds():
+    return {"by-path": b'capture,build,model,zone\r\na.txt,B1,"X, rev ""2""",Asia/Tokyo\r\n'
+                       b'b.tar.gz,B2,"two\nlines",\r\n',
+            "by-sha": b"capture_sha256,fleet\n" + b"ab" * 32 + b",beta\n",
+            "twice": b"capture,x,x\na,1,2\na,3,4\n"}
+
+
 def main():
     if len(sys.argv) != 1:
         sys.exit("usage: make_corpus.py")
@@ -157,6 +203,8 @@ def main():
     write("fuzz_description", descriptions)
     write("fuzz_harvest", descriptions)
     write("fuzz_phone_additions", addition_seeds())
+    write("fuzz_archive_walk", archive_seeds())
+    write("fuzz_label_sheet", label_seeds())
 
 
 if __name__ == "__main__":

@@ -126,11 +126,4 @@ bool read_capture(opened_input input, const std::string& file, const capture_opt
   return true;
 }
 
-bool read_capture(const std::string& file, const capture_options& options, capture_model& model,
-                  input_fault& fault) {
-  std::unique_ptr<byte_source> source = open_file(file, fault);
-  if (!source) return false;
-  return read_capture(std::move(source), file, options, model, fault);
-}
-
 }  // namespace inspect

@@ -11,6 +11,7 @@
 
 #include "inspect/capture/capture_clock.h"
 #include "inspect/capture/capture_model.h"
+#include "inspect/input/archive_walk.h"
 #include "inspect/input/byte_source.h"
 #include "inspect/input/input_damage.h"
 #include "inspect/input/input_reader.h"
@@ -22,12 +23,12 @@ struct capture_options {
   std::optional<zol::timesync_pair> timesync;  // instead of the texts' pair
   std::FILE* messages = stderr;                // where damage is told; null: nowhere
   std::FILE* progress = nullptr;               // where a progress line goes, if anywhere
+  std::string zone;                            // IANA zone of the calendar texts; empty: the process's TZ
+  archive_limits archive;                      // for a capture inside an archive
 };
 
 // False, with `fault`, when nothing can be made of the input (status 2).
-// `file` names it in messages; "-" is standard input; gzip too.
-bool read_capture(const std::string& file, const capture_options& options, capture_model& model,
-                  input_fault& fault);
+// `file` names it in messages.
 bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
                   const capture_options& options, capture_model& model, input_fault& fault);
 // An input already opened (its form told).

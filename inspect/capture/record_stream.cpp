@@ -30,38 +30,21 @@ std::vector<timed_text> first_texts(std::string_view start, std::vector<std::str
 
 }  // namespace
 
-std::optional<opened_input> open_stream(const stream_options& options, std::FILE* messages) {
-  input_fault fault;
-  std::unique_ptr<byte_source> source = open_file(options.input, fault);
-  std::optional<opened_input> input;
-  if (source) {
-    input_settings settings;
-    settings.form = options.form;
-    if (options.progress && isatty(fileno(messages))) settings.progress = messages;
-    input = open_input(std::move(source), options.input, settings, fault);
-  }
-  if (!input) std::fprintf(messages, "%s\n", fault_line(fault).c_str());
-  return input;
-}
-
-int for_each_record(const stream_options& options,
-                    const std::function<void(const stream_record&)>& each) {
-  std::optional<opened_input> input = open_stream(options, stderr);
-  if (!input) return 2;
-  return for_each_record(std::move(*input), options, stderr, each);
-}
-
-int for_each_record(std::unique_ptr<byte_source> source, const stream_options& options,
-                    std::FILE* messages, const std::function<void(const stream_record&)>& each) {
+std::optional<opened_input> open_stream(std::unique_ptr<byte_source> source,
+                                        const stream_options& options, std::FILE* messages) {
   input_settings settings;
   settings.form = options.form;
   if (options.progress && isatty(fileno(messages))) settings.progress = messages;
   input_fault fault;
   std::optional<opened_input> input = open_input(std::move(source), options.input, settings, fault);
-  if (!input) {
-    std::fprintf(messages, "%s\n", fault_line(fault).c_str());
-    return 2;
-  }
+  if (!input) std::fprintf(messages, "%s\n", fault_line(fault).c_str());
+  return input;
+}
+
+int for_each_record(std::unique_ptr<byte_source> source, const stream_options& options,
+                    std::FILE* messages, const std::function<void(const stream_record&)>& each) {
+  std::optional<opened_input> input = open_stream(std::move(source), options, messages);
+  if (!input) return 2;
   return for_each_record(std::move(*input), options, messages, each);
 }
 

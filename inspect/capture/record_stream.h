@@ -11,6 +11,7 @@
 #include <string>
 
 #include "inspect/capture/capture_clock.h"
+#include "inspect/input/archive_walk.h"
 #include "inspect/input/byte_source.h"
 #include "inspect/input/input_forms.h"
 #include "inspect/input/input_reader.h"
@@ -25,6 +26,8 @@ struct stream_options {
   std::optional<zol::timesync_pair> timesync;  // overrides what a capture says
   year_preference years;
   bool progress = true;  // when the messages go to a terminal
+  std::optional<std::string> member;  // inside an archive: the capture to take
+  archive_limits archive;
 };
 
 struct stream_record {
@@ -33,14 +36,10 @@ struct stream_record {
   zol::clock_source& clock;  // for this record
 };
 
-// Calls `each` for every intact record. The exit status: 0 when the input
+// Calls `each` for every intact record of the bytes opened; `messages`
+// takes the faults, damage and progress. The exit status: 0 when the input
 // was read whole, 1 when damage was told, 2 after the fault line when
 // nothing could be made of it.
-int for_each_record(const stream_options& options,
-                    const std::function<void(const stream_record&)>& each);
-
-// The same over bytes already opened; `messages` takes the faults, damage
-// and progress.
 int for_each_record(std::unique_ptr<byte_source> source, const stream_options& options,
                     std::FILE* messages, const std::function<void(const stream_record&)>& each);
 // The same over an input whose form is told.
@@ -49,6 +48,7 @@ int for_each_record(opened_input input, const stream_options& options, std::FILE
 
 // The input opened and its form told as the stream reads it; none after
 // the fault line on `messages`.
-std::optional<opened_input> open_stream(const stream_options& options, std::FILE* messages);
+std::optional<opened_input> open_stream(std::unique_ptr<byte_source> source,
+                                        const stream_options& options, std::FILE* messages);
 
 }  // namespace inspect

@@ -18,28 +18,33 @@
 namespace inspect {
 namespace {
 
-// The model, or status 2 after the fault line.
-bool read(const capture_settings& settings, capture_model& model) {
+// The model, or false after the fault line (status 2).
+bool read(const capture_settings& settings, single_input& input, capture_model& model) {
+  if (!open_single(settings.input, settings.member, settings.reading.archive, whole_forms, input))
+    return false;
   input_fault fault;
-  if (read_capture(settings.input, settings.reading, model, fault)) return true;
-  std::fprintf(stderr, "%s\n", fault_line(fault).c_str());
-  return false;
+  const bool read = read_capture(std::move(input.capture.source), input.capture.label,
+                                 settings.reading, model, fault);
+  if (finish_single(input, 0) == 2) return false;
+  if (!read) std::fprintf(stderr, "%s\n", fault_line(fault).c_str());
+  return read;
 }
 
-int written(int status, const capture_model& model) {
+int written(int status, const capture_model& model, single_input& input) {
   if (status != 0) return status;
-  return model.lost ? 1 : 0;
+  return finish_single(input, model.lost ? 1 : 0);
 }
 
 }  // namespace
 
 int run_capture_view(const capture_settings& settings, capture_view view) {
   capture_model model;
-  if (!read(settings, model)) return 2;
+  single_input input;
+  if (!read(settings, input, model)) return 2;
   const std::size_t harvests = model.harvests.size();
   if (settings.harvest == 0 || settings.harvest > harvests) {
     std::fprintf(stderr, "kelvra-inspect: %s: the capture holds %zu harvest%s; there is no %zu\n",
-                 input_label(settings.input).c_str(), harvests, harvests == 1 ? "" : "s",
+                 input_label(input.capture.label).c_str(), harvests, harvests == 1 ? "" : "s",
                  settings.harvest);
     return 2;
   }
@@ -52,31 +57,33 @@ int run_capture_view(const capture_settings& settings, capture_view view) {
     case capture_view::timeline: write_timeline(model, harvest, text); break;
   }
   if (!text.empty() && text.back() != '\n') text += '\n';
-  return written(write_output(settings.output, text), model);
+  return written(write_output(settings.output, text), model, input);
 }
 
 int run_report(const capture_settings& settings) {
   capture_model model;
-  if (!read(settings, model)) return 2;
-  return written(write_output(settings.output, write_report(model)), model);
+  single_input input;
+  if (!read(settings, input, model)) return 2;
+  return written(write_output(settings.output, write_report(model)), model, input);
 }
 
 int run_phone(const capture_settings& settings, const std::string& additions, bool partial) {
   capture_model model;
-  if (!read(settings, model)) return 2;
+  single_input input;
+  if (!read(settings, input, model)) return 2;
   phone_description description;
   phone_fault phone;
   std::vector<std::string> assumed;
   if (!describe_phone(model, partial, description, phone, assumed)) {
     std::fprintf(stderr, "%s\n",
-                 fault_line({settings.input, phone.line != 0 ? "line " + std::to_string(phone.line) : "",
+                 fault_line({input.capture.label, phone.line != 0 ? "line " + std::to_string(phone.line) : "",
                              "no phone prints this capture: " + phone.message})
                      .c_str());
     return 2;
   }
   for (const std::string& assumption : assumed)
     std::fprintf(stderr, "kelvra-inspect: %s: phone assumes: %s\n",
-                 input_label(settings.input).c_str(), assumption.c_str());
+                 input_label(input.capture.label).c_str(), assumption.c_str());
   if (!additions.empty()) {
     std::ifstream file(additions, std::ios::binary);
     if (!file.is_open()) {
@@ -91,7 +98,7 @@ int run_phone(const capture_settings& settings, const std::string& additions, bo
       return 2;
     }
   }
-  return written(write_output(settings.output, phone_text(description)), model);
+  return written(write_output(settings.output, phone_text(description)), model, input);
 }
 
 }  // namespace inspect

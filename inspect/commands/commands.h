@@ -6,7 +6,9 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -14,9 +16,35 @@
 #include "inspect/capture/record_stream.h"
 #include "inspect/compare/comparison.h"
 #include "inspect/outputs/dataset_manifest.h"
+#include "inspect/input/input_captures.h"
+#include "inspect/input/label_sheet.h"
 #include "inspect/outputs/table_rows.h"
 
 namespace inspect {
+
+// The one capture a single-capture subcommand reads, and the archive it
+// may come from.
+struct single_input {
+  std::string path;
+  std::unique_ptr<input_captures> captures;
+  found_capture capture;  // its source reads from `captures`
+  std::size_t told = 0;   // of the walk's problems
+  bool lost = false;
+};
+
+// What a capture may be inside an archive, for the stream subcommands and
+// for those that read a harvest capture whole.
+inline constexpr input_form stream_forms[] = {input_form::harvest, input_form::hex};
+inline constexpr input_form whole_forms[] = {input_form::harvest};
+
+// False after the fault line (status 2): the input cannot be opened, or
+// the archive holds no capture or several and `member` names none.
+bool open_single(const std::string& path, const std::optional<std::string>& member,
+                 const archive_limits& limits, std::span<const input_form> forms,
+                 single_input& input);
+// After the capture was read with `status`: what the walk passed over or
+// met told, the status raised for it; 2 when the walk refused the capture.
+int finish_single(single_input& input, int status);
 
 // The collector's lines for the records, or with `hex` its "prof-event " lines.
 int run_decode(const stream_options& options, bool hex);
@@ -27,6 +55,7 @@ int run_records(const stream_options& options);
 // What the whole-capture subcommands are given.
 struct capture_settings {
   std::string input = "-";
+  std::optional<std::string> member;  // inside an archive
   capture_options reading;
   std::string output = "-";
   std::size_t harvest = 1;  // the views': which harvest, from 1
@@ -50,6 +79,7 @@ int run_report(const capture_settings& settings);
 struct compare_settings {
   std::string input_a;
   std::string input_b;
+  std::optional<std::string> member_a, member_b;  // inside archives
   capture_options reading;
   std::string output = "-";
   std::size_t harvest_a = 1;  // from 1
@@ -69,20 +99,25 @@ struct tables_settings {
   bool gzip = false;
   bool list = false;                // print the files it would read, and stop
   bool progress = true;
-  std::string partition_by;  // a label: Hive-style folders by its value
-  // Each input's labels, by its path as given.
-  std::map<std::string, std::map<std::string, std::string, std::less<>>, std::less<>> labels;
+  std::string partition_by;            // a label: Hive-style folders by its value
+  std::optional<label_sheet> labels;  // --labels
 };
 int run_tables(const tables_settings& settings);
 
-// What one capture gives the tables: its rows, and what to say of it.
+// What one input gives the tables: the rows of its captures (an archive's
+// each, labelled from `sheet` when there is one), a row for each member
+// passed over for what it is, and what to say of it.
 struct capture_rows {
   table_rows rows;
-  std::string said;  // a line for standard error, or empty
+  std::string said;  // lines for standard error, or empty
   bool damaged = false;
-  input_counts counts;  // for the manifest
+  input_counts counts;  // for the manifest; its members passed over too
+  // The value of the --partition-by label of the input's first capture.
+  std::optional<std::string> partition_value;
 };
-capture_rows read_capture_rows(const std::string& path, const capture_options& reading);
+// `partition_by` names the label whose value the rows are filed under.
+capture_rows read_capture_rows(const std::string& path, const capture_options& reading,
+                               const label_sheet* sheet = nullptr, std::string_view partition_by = {});
 
 // Directories searched recursively, their files in name order; false after
 // a line on standard error when one cannot be searched.

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <ctime>
 #include <algorithm>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -60,6 +62,21 @@ bool finish_clock(const clock_settings& settings, std::optional<zol::timesync_pa
   return false;
 }
 
+// The archive options of every subcommand that reads a capture: the
+// member to take (for one capture; none for tables) and the size cap.
+void add_archive(CLI::App& command, std::optional<std::string>* member,
+                 inspect::archive_limits& limits) {
+  if (member != nullptr)
+    command.add_option("--member", *member,
+                       "Inside an archive, the member that holds the capture (its path in the "
+                       "archive), when the archive holds several");
+  command.add_option("--max-capture-size", limits.max_capture_size,
+                     "A capture inside an archive larger than this is refused (bytes; KiB, MiB, "
+                     "GiB too)")
+      ->transform(CLI::AsSizeValue(false))
+      ->capture_default_str();
+}
+
 struct stream_settings {
   inspect::stream_options stream;
   clock_settings clock;
@@ -69,10 +86,12 @@ struct stream_settings {
 
 void add_stream(CLI::App& command, stream_settings& settings) {
   command.add_option("input", settings.stream.input,
-                     "A capture, prof-event lines or raw records; - for standard input; .gz too")
+                     "A capture, prof-event lines or raw records; - for standard input; .gz too, "
+                     "or an archive holding it")
       ->capture_default_str();
   command.add_option("--from", settings.from, "The input's form, instead of telling it")
       ->check(CLI::IsMember({"harvest", "hex", "raw"}));
+  add_archive(command, &settings.stream.member, settings.stream.archive);
   add_clock(command, settings.clock);
   command.add_flag("--no-progress", settings.no_progress,
                    "No progress line on standard error for large inputs");
@@ -101,8 +120,9 @@ void add_output(CLI::App& command, std::string& output, bool& no_progress) {
 void add_whole(CLI::App& command, whole_settings& settings, bool views) {
   command.add_option("capture", settings.capture.input,
                      "What kelvra --harvest printed (standard error merged or not); - for standard "
-                     "input; .gz too")
+                     "input; .gz too, or an archive holding it")
       ->capture_default_str();
+  add_archive(command, &settings.capture.member, settings.capture.reading.archive);
   add_clock(command, settings.clock);
   add_output(command, settings.capture.output, settings.no_progress);
   if (views)
@@ -128,6 +148,7 @@ struct compare_cli {
   inspect::compare_settings settings;
   clock_settings clock;
   std::optional<std::size_t> harvest, harvest_a, harvest_b;
+  std::optional<std::string> member;
   std::vector<std::string> ignore;
   bool json = false;
   bool html = false;
@@ -137,11 +158,14 @@ struct compare_cli {
 void add_compare(CLI::App& command, compare_cli& cli) {
   command.add_option("A", cli.settings.input_a,
                      "The capture compared with (a healthy phone's, last week's, the golden "
-                     "unit's); - for standard input; .gz too")
+                     "unit's); - for standard input; .gz too, or an archive holding it")
       ->required();
   command.add_option("B", cli.settings.input_b,
-                     "The capture compared; - for standard input; .gz too")
+                     "The capture compared; - for standard input; .gz too, or an archive holding it")
       ->required();
+  add_archive(command, &cli.member, cli.settings.reading.archive);
+  command.add_option("--member-a", cli.settings.member_a, "The member of A, instead of --member");
+  command.add_option("--member-b", cli.settings.member_b, "The member of B, instead of --member");
   add_clock(command, cli.clock);
   add_output(command, cli.settings.output, cli.no_progress);
   for (const auto& [name, value, what] :
@@ -166,6 +190,8 @@ bool finish_compare(compare_cli& cli) {
   inspect::compare_settings& s = cli.settings;
   s.harvest_a = cli.harvest_a.value_or(cli.harvest.value_or(1));
   s.harvest_b = cli.harvest_b.value_or(cli.harvest.value_or(1));
+  if (!s.member_a) s.member_a = cli.member;
+  if (!s.member_b) s.member_b = cli.member;
   for (const std::string& key : cli.ignore)
     if (const auto part = inspect::part_of_key(key)) s.options.ignore.push_back(*part);
   using form = inspect::compare_settings::form;
@@ -206,6 +232,7 @@ void add_gate(CLI::App& command, gate_cli& cli) {
                      "For captures: the year of their first calendar times (default: the latest "
                      "that fits, back from this one)")
       ->check(CLI::Range(1969, 2555));
+  add_archive(command, nullptr, cli.settings.reading.archive);
   add_output(command, cli.settings.output, cli.no_progress);
   CLI::Option* json = command.add_flag("--json", cli.json, "One JSON object instead of text");
   command.add_flag("--html", cli.html, "One self-contained HTML page drawing both fleets")
@@ -225,6 +252,23 @@ bool finish_gate(gate_cli& cli) {
   s.progress = !cli.no_progress;
   s.reading.years = {cli.year, current_year()};
   return true;
+}
+
+// The sheet of --labels, or false after saying where it goes wrong.
+bool read_labels(const std::string& path, std::optional<inspect::label_sheet>& sheet) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  if (!file.is_open() || file.bad()) {
+    std::fprintf(stderr, "%s\n", inspect::fault_line({path, "", "cannot be read"}).c_str());
+    return false;
+  }
+  inspect::sheet_problem problem;
+  sheet.emplace();
+  if (inspect::read_label_sheet(text.str(), *sheet, problem)) return true;
+  std::fprintf(stderr, "kelvra-inspect: %s: %s\n", path.c_str(),
+               inspect::sheet_problem_text(problem).c_str());
+  return false;
 }
 
 }  // namespace
@@ -293,7 +337,12 @@ int main(int argc, char** argv) {
       "tables", "Many captures into JSON Lines tables for DuckDB, Spark, BigQuery: harvests, "
                 "records, failures and unreadable inputs");
   tables->add_option("inputs", tables_settings.inputs,
-                     "Captures (.gz too) and directories, searched recursively");
+                     "Captures (.gz too), archives of them and directories, searched recursively");
+  add_archive(*tables, nullptr, tables_settings.reading.archive);
+  std::string labels;
+  tables->add_option("--labels", labels,
+                     "A CSV sheet of labels: a header row, the first column capture (the path "
+                     "as given) or capture_sha256, the others labels the harvests table carries");
   tables->add_option("--out", tables_settings.out, "The directory the tables are written into");
   tables->add_option("--files-from", tables_settings.files_from,
                      "A list of inputs, one a line; - for standard input");
@@ -352,6 +401,7 @@ int main(int argc, char** argv) {
       return 2;
     }
     tables_settings.reading.years = {tables_year, current_year()};
+    if (!labels.empty() && !read_labels(labels, tables_settings.labels)) return 2;
     tables_settings.progress = !tables_quiet;
     return inspect::run_tables(tables_settings);
   }

@@ -12,12 +12,26 @@
 #include "liblog_zol/text_printer.h"
 
 namespace inspect {
+namespace {
+
+// The records of the input's one capture, each to `each`.
+int each_record(const stream_options& options,
+                const std::function<void(const stream_record&)>& each) {
+  single_input input;
+  if (!open_single(options.input, options.member, options.archive, stream_forms, input)) return 2;
+  stream_options named = options;
+  named.input = input.capture.label;
+  const int status = for_each_record(std::move(input.capture.source), named, stderr, each);
+  return finish_single(input, status);
+}
+
+}  // namespace
 
 int run_decode(const stream_options& options, bool hex) {
   output_buffer out(stdout);
   zol::text_printer printer;
   char hex_line[11 + 2 * profile_record_size] = "prof-event ";
-  const int status = for_each_record(options, [&](const stream_record& record) {
+  const int status = each_record(options, [&](const stream_record& record) {
     if (hex) {
       write_profile_hex(hex_line + 11, record.input.bytes.data());
       out.line({hex_line, sizeof hex_line});
@@ -55,19 +69,24 @@ int harvest_records(opened_input input, const stream_options& options) {
 }  // namespace
 
 int run_records(const stream_options& options) {
-  std::optional<opened_input> input = open_stream(options, stderr);
-  if (!input) return 2;
-  if (input->form == input_form::harvest) return harvest_records(std::move(*input), options);
+  single_input single;
+  if (!open_single(options.input, options.member, options.archive, stream_forms, single)) return 2;
+  stream_options named = options;
+  named.input = single.capture.label;
+  std::optional<opened_input> input = open_stream(std::move(single.capture.source), named, stderr);
+  if (!input) return finish_single(single, 2);
+  if (input->form == input_form::harvest)
+    return finish_single(single, harvest_records(std::move(*input), named));
   output_buffer out(stdout);
   zol::json_printer printer;
-  const int status = for_each_record(std::move(*input), options, stderr, [&](const stream_record& record) {
+  const int status = for_each_record(std::move(*input), named, stderr, [&](const stream_record& record) {
     zol::record_origin origin;
     origin.ordinal = record.ordinal;
     printer.set_origin(origin);
     decode_profile_record(printer, record.input.bytes.data(), record.clock);
     out.line(printer.view());
   });
-  return out.finish(status);
+  return finish_single(single, out.finish(status));
 }
 
 }  // namespace inspect

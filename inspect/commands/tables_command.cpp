@@ -43,46 +43,111 @@ bool read_list(const std::string& list, std::vector<std::string>& inputs) {
   return true;
 }
 
-// The value of the --partition-by label for one input, if its labels give it.
-std::optional<std::string_view> label_value(const tables_settings& settings, const std::string& path) {
-  const auto labels = settings.labels.find(path);
-  if (labels == settings.labels.end()) return std::nullopt;
-  const auto value = labels->second.find(settings.partition_by);
-  if (value == labels->second.end()) return std::nullopt;
-  return value->second;
+void say(capture_rows& result, const std::string& line) {
+  result.said += line;
+  result.said += '\n';
+}
+
+// The labels of a capture, and the zone it is read in when they give one.
+const std::vector<std::string>* labels_of(const label_sheet* sheet, const std::string& path,
+                                          const std::string& sha256) {
+  return sheet != nullptr ? sheet->find(path, sha256) : nullptr;
+}
+
+std::string zone_of(const label_sheet* sheet, const std::vector<std::string>* labels,
+                    const std::string& otherwise) {
+  if (labels == nullptr) return otherwise;
+  const std::optional<std::size_t> column = sheet->column("zone");
+  return column && !(*labels)[*column].empty() ? (*labels)[*column] : otherwise;
+}
+
+// One capture of the input: its model read from `source`, hashed.
+bool read_model(std::unique_ptr<byte_source> source, const found_capture& capture,
+                const capture_options& options, capture_model& model, std::string& sha256,
+                input_fault& fault) {
+  content_hash hash;
+  const bool read = read_capture(hashing(std::move(source), hash), capture.label, options, model, fault);
+  sha256 = hash.hex();
+  return read;
 }
 
 }  // namespace
 
-capture_rows read_capture_rows(const std::string& path, const capture_options& reading) {
+capture_rows read_capture_rows(const std::string& path, const capture_options& reading,
+                               const label_sheet* sheet, std::string_view partition_by) {
   capture_rows result;
-  content_hash hash;
-  input_fault fault;
-  std::unique_ptr<byte_source> source = open_file(path, fault);
-  capture_model model;
   capture_options options = reading;
   options.messages = nullptr;
   options.progress = nullptr;
-  const bool read =
-      source && read_capture(hashing(std::move(source), hash), path, options, model, fault);
-  const std::string sha256 = hash.hex();
-  const capture_identity id{path, sha256};
-  if (!read) {
-    add_unreadable_row(id, fault, result.rows);
-    result.said = fault_line(fault);
+  input_captures captures(path, reading.archive, whole_forms);
+  input_fault fault;
+  if (!captures.open(fault)) {
+    add_unreadable_row({path, ""}, fault, result.rows);
+    say(result, fault_line(fault));
     result.damaged = true;
     result.counts.unreadable = 1;
     return result;
   }
-  add_capture_rows(model, id, result.rows);
-  (model.lost ? result.counts.damaged : result.counts.read_whole) = 1;
-  if (model.lost) {
-    result.damaged = true;
-    const auto lost = std::count_if(model.damage.begin(), model.damage.end(),
-                                    [](const problem& d) { return loses_input(d); });
-    result.said = "kelvra-inspect: " + input_label(path) + ": damaged in " + std::to_string(lost) +
-                  " place" + (lost == 1 ? "" : "s") + " (the harvests table says where)";
+  const bool by_path = sheet == nullptr || !sheet->by_sha256;
+  for (found_capture capture; captures.next(capture);) {
+    const std::vector<std::string>* labels = by_path ? labels_of(sheet, path, "") : nullptr;
+    options.zone = zone_of(sheet, labels, reading.zone);
+    capture_model model;
+    std::string sha256;
+    bool read = read_model(std::move(capture.source), capture, options, model, sha256, fault);
+    if (!by_path) {
+      labels = labels_of(sheet, path, sha256);
+      // Known by its hash only once read: read again in the zone its labels give.
+      if (const std::string zone = zone_of(sheet, labels, reading.zone); read && zone != options.zone) {
+        options.zone = zone;
+        input_captures again(path, reading.archive, whole_forms);
+        found_capture same;
+        again.choose({std::nullopt, capture.ordinal});
+        read = again.open(fault) && again.next(same) &&
+               read_model(std::move(same.source), same, options, model, sha256, fault);
+      }
+    }
+    // A capture the walk refused is told with the walk's problems.
+    if (captures.refused()) continue;
+    const std::optional<std::string_view> member =
+        capture.member ? std::optional<std::string_view>(*capture.member) : std::nullopt;
+    capture_identity id{path, sha256, member};
+    if (sheet != nullptr) {
+      id.label_names = sheet->columns;
+      id.labels = labels;
+    }
+    if (labels != nullptr && !result.partition_value)
+      if (const std::optional<std::size_t> column = sheet->column(partition_by))
+        result.partition_value = (*labels)[*column];
+    if (!read) {
+      add_unreadable_row(id, fault, result.rows);
+      say(result, fault_line(fault));
+      result.damaged = true;
+      ++result.counts.unreadable;
+      continue;
+    }
+    add_capture_rows(model, id, result.rows);
+    ++(model.lost ? result.counts.damaged : result.counts.read_whole);
+    if (model.lost) {
+      result.damaged = true;
+      const auto lost = std::count_if(model.damage.begin(), model.damage.end(),
+                                      [](const problem& d) { return loses_input(d); });
+      say(result, "kelvra-inspect: " + input_label(capture.label) + ": damaged in " +
+                      std::to_string(lost) + " place" + (lost == 1 ? "" : "s") +
+                      " (the harvests table says where)");
+    }
   }
+  for (const member_problem& problem : captures.problems()) {
+    const input_fault row{path, problem.after.empty() ? "" : "after " + problem.after,
+                          problem_text(problem)};
+    const std::optional<std::string_view> member =
+        problem.member.empty() ? std::nullopt : std::optional<std::string_view>(problem.member);
+    add_unreadable_row({path, "", member}, row, result.rows);
+    say(result, fault_line({member ? member_label(path, problem.member) : path, row.where, row.fault}));
+    result.damaged = true;
+    ++result.counts.unreadable;
+  }
+  result.counts.members_passed_over = captures.passed_over();
   return result;
 }
 
@@ -148,19 +213,21 @@ int run_tables(const tables_settings& settings) {
         if (next >= files.size()) return;
         index = next++;
       }
-      const capture_rows result = read_capture_rows(files[index], settings.reading);
+      const capture_rows result =
+          read_capture_rows(files[index], settings.reading, settings.labels ? &*settings.labels : nullptr,
+                            settings.partition_by);
       std::unique_lock<std::mutex> held(turn);
       turned.wait(held, [&] { return written == index; });
       damaged = damaged || result.damaged;
       counts += result.counts;
       if (!result.said.empty()) {
         if (meter) meter->clear();
-        std::fprintf(stderr, "%s\n", result.said.c_str());
+        std::fputs(result.said.c_str(), stderr);
       }
       const std::string folder =
           settings.partition_by.empty()
               ? std::string()
-              : hive_folder(settings.partition_by, label_value(settings, files[index]));
+              : hive_folder(settings.partition_by, result.partition_value);
       write_failed = !tables.write(folder, {result.rows.harvests, result.rows.records,
                                             result.rows.failures, result.rows.unreadable}) ||
                      write_failed;
@@ -176,6 +243,10 @@ int run_tables(const tables_settings& settings) {
   work();
   for (std::thread& worker : workers) worker.join();
   if (meter) meter->clear();
+  if (counts.members_passed_over != 0)
+    std::fprintf(stderr, "kelvra-inspect: %llu archive member%s held no capture: passed over\n",
+                 static_cast<unsigned long long>(counts.members_passed_over),
+                 counts.members_passed_over == 1 ? "" : "s");
   dataset_manifest manifest{"kelvra-inspect", KELVRA_VERSION, counts, settings.partition_by, {}};
   write_failed = !tables.close(manifest.files) || write_failed;
   if (write_failed || !write_manifest(settings.out, manifest)) {

@@ -30,4 +30,12 @@ class byte_source {
 std::unique_ptr<byte_source> open_file(const std::string& path, input_fault& fault);
 std::unique_ptr<byte_source> memory_source(std::string_view bytes);
 
+// An open descriptor read through zlib (gzip by content); takes `fd` over,
+// closing it even when it fails (null: out of memory).
+std::unique_ptr<byte_source> gzip_descriptor(int fd, std::uint64_t size);
+
+// `start` first, then the rest of `rest`: bytes looked at before anything
+// decided what they are.
+std::unique_ptr<byte_source> replayed(std::string start, std::unique_ptr<byte_source> rest);
+
 }  // namespace inspect

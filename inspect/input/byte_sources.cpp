@@ -1,15 +1,11 @@
 // Files through zlib, which passes plain files through and inflates gzip
 // (one member or several) by content; memory as it is.
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
-#include <cstring>
 
 #include "inspect/input/byte_source.h"
 
@@ -91,33 +87,44 @@ class memory_byte_source final : public byte_source {
   std::size_t at_ = 0;
 };
 
+class replayed_source final : public byte_source {
+ public:
+  replayed_source(std::string start, std::unique_ptr<byte_source> rest)
+      : start_(std::move(start)), rest_(std::move(rest)) {}
+
+  bool read(std::span<char> out, std::size_t& got, std::string& fault) override {
+    if (at_ < start_.size()) {
+      got = std::min(out.size(), start_.size() - at_);
+      std::copy_n(start_.data() + at_, got, out.data());
+      at_ += got;
+      return true;
+    }
+    return rest_->read(out, got, fault);
+  }
+  std::uint64_t consumed() const override { return rest_->consumed(); }
+  std::uint64_t size() const override { return rest_->size(); }
+
+ private:
+  std::string start_;
+  std::size_t at_ = 0;
+  std::unique_ptr<byte_source> rest_;
+};
+
 }  // namespace
 
-std::unique_ptr<byte_source> open_file(const std::string& path, input_fault& fault) {
-  const auto refuse = [&](int error) {
-    fault = {path, "", std::string("cannot open: ") + std::strerror(error)};
-    return nullptr;
-  };
-  // Standard input is duplicated so that closing the input leaves fd 0 open.
-  const int fd =
-      path == "-" ? fcntl(0, F_DUPFD_CLOEXEC, 0) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return refuse(errno);
-  struct stat status {};
-  if (fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
-    const int error = S_ISDIR(status.st_mode) ? EISDIR : errno;
-    close(fd);
-    return refuse(error);
-  }
-  const std::uint64_t size =
-      S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
+std::unique_ptr<byte_source> replayed(std::string start, std::unique_ptr<byte_source> rest) {
+  return std::make_unique<replayed_source>(std::move(start), std::move(rest));
+}
+
+std::unique_ptr<byte_source> gzip_descriptor(int fd, std::uint64_t size) {
   gzFile file = gzdopen(fd, "rb");
   if (file == nullptr) {
     close(fd);
-    return refuse(ENOMEM);
+    return nullptr;
   }
   if (gzbuffer(file, zlib_buffer_size) != 0) {
     gzclose_r(file);
-    return refuse(ENOMEM);
+    return nullptr;
   }
   return std::make_unique<gzip_file_source>(file, size);
 }

@@ -9,8 +9,17 @@
 namespace inspect {
 namespace {
 
+void member(json_writer& json, const capture_identity& id) {
+  json.key("member");
+  if (id.member)
+    json.value(*id.member);
+  else
+    json.null();
+}
+
 void identity(json_writer& json, const capture_identity& id, std::size_t harvest) {
   json.key("capture").value(id.path);
+  member(json, id);
   json.key("capture_sha256").value(id.sha256);
   json.key("harvest").value(std::uint64_t{harvest + 1});
 }
@@ -82,6 +91,10 @@ void harvest_row(const capture_model& model, std::size_t index, const capture_id
   json_writer json(out);
   json.begin_object();
   identity(json, id, index);
+  json.key("labels").begin_object();
+  for (std::size_t c = 0; id.labels != nullptr && c < id.label_names.size(); ++c)
+    json.key(id.label_names[c]).value((*id.labels)[c]);
+  json.end_object();
   json.key("harvests").value(std::uint64_t{model.harvests.size()});
   json.key("line").value(harvest.line);
   json.key("standard_error").value(model.has_stderr);
@@ -152,6 +165,7 @@ void add_unreadable_row(const capture_identity& id, const input_fault& fault, ta
   json_writer json(rows.unreadable);
   json.begin_object();
   json.key("capture").value(id.path);
+  member(json, id);
   json.key("capture_sha256");
   if (id.sha256.empty())
     json.null();

@@ -16,7 +16,7 @@ import sys
 import tempfile
 from collections import Counter
 
-IDENTITY = ["capture", "capture_sha256", "harvest"]
+IDENTITY = ["capture", "member", "capture_sha256", "harvest"]
 
 
 def no_repeats(pairs):
@@ -175,8 +175,8 @@ def check(kelvra, inspect, phone):
     # The tables: a record row is `records`' row with the keys in front.
     table_records = []
     for line, row in zip(tables["records"], rows["records"]):
-        if list(row)[:3] != IDENTITY:
-            faults.append(f"a record row's keys are not in front: {list(row)[:4]}")
+        if list(row)[:len(IDENTITY)] != IDENTITY:
+            faults.append(f"a record row's keys are not in front: {list(row)[:len(IDENTITY) + 1]}")
             break
         table_records.append({k: v for k, v in row.items() if k not in IDENTITY})
     agree("record rows", {"records": records, "tables": table_records})
