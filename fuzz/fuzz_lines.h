@@ -51,8 +51,8 @@ void check_line_reader(std::string_view text, inspect::input_form form, std::str
     last = record.last_line;
   }
   if (records->next(record)) __builtin_trap();
-  for (const inspect::damage& d : damage.entries()) {
-    if (d.fault.empty() || (d.line == 0 && !d.byte) || d.line > lines.size() + 1 ||
+  for (const inspect::problem& d : damage.entries()) {
+    if (inspect::problem_text(d).empty() || (d.line == 0 && !d.byte) || d.line > lines.size() + 1 ||
         (d.byte && *d.byte > text.size()))
       __builtin_trap();
   }

@@ -1,5 +1,7 @@
 #include "inspect/gate/dataset_files.h"
 
+#include "inspect/outputs/dataset_writer.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -96,9 +98,10 @@ bool read_dataset(const std::string& path, int side, sample_builder& builder, st
     place.side = side;
     place.group = folder.string();
     for (const fs::path& part : fs::relative(folder, fs::is_regular_file(path, error) ? folder : fs::path(path), error)) {
-      const std::string text = part.string();
-      if (const auto equals = text.find('='); equals != std::string::npos && equals > 0)
-        place.partition.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+      // Hive's folder names, as the tables write them: a folder without a
+      // value gives its rows no label.
+      if (auto label = hive_label(part.string()); label && label->second)
+        place.partition.emplace_back(std::move(label->first), std::move(*label->second));
     }
     for (const auto& [name, table] : tables) {
       const fs::path file = table_file(folder, name);

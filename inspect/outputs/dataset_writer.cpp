@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 
@@ -34,6 +35,28 @@ std::string hive_folder(std::string_view label, std::optional<std::string_view> 
   else
     folder += "__HIVE_DEFAULT_PARTITION__";
   return folder;
+}
+
+std::optional<std::pair<std::string, std::optional<std::string>>> hive_label(std::string_view folder) {
+  const auto unescape = [](std::string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      unsigned value = 0;
+      if (text[i] == '%' && i + 2 < text.size() &&
+          std::from_chars(text.data() + i + 1, text.data() + i + 3, value, 16).ptr == text.data() + i + 3) {
+        out += static_cast<char>(value);
+        i += 2;
+      } else {
+        out += text[i];
+      }
+    }
+    return out;
+  };
+  const std::size_t equals = folder.find('=');
+  if (equals == std::string_view::npos || equals == 0) return std::nullopt;
+  const std::string_view value = folder.substr(equals + 1);
+  return std::pair{unescape(folder.substr(0, equals)),
+                   value == "__HIVE_DEFAULT_PARTITION__" ? std::nullopt : std::optional(unescape(value))};
 }
 
 // One table's file: its bytes counted and hashed as they reach the disk,

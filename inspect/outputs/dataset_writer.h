@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ namespace inspect {
 // `label=value` as Hive names a partition's folder: the characters Hive
 // escapes as %XX, no value as __HIVE_DEFAULT_PARTITION__.
 std::string hive_folder(std::string_view label, std::optional<std::string_view> value);
+// A folder's name read back: the label and its value, %XX undone; no value
+// for __HIVE_DEFAULT_PARTITION__. None when the name is no LABEL=VALUE.
+std::optional<std::pair<std::string, std::optional<std::string>>> hive_label(std::string_view folder);
 
 class dataset_writer {
  public:

@@ -36,7 +36,16 @@ TEST(hive_folder, escapes_what_hive_escapes_and_names_no_value_as_hive_does) {
       {"build", "", "build=__HIVE_DEFAULT_PARTITION__"},
       {"build", std::nullopt, "build=__HIVE_DEFAULT_PARTITION__"},
   };
-  for (const auto& c : cases) EXPECT_EQ(hive_folder(c.label, c.value), c.folder) << c.folder;
+  for (const auto& c : cases) {
+    EXPECT_EQ(hive_folder(c.label, c.value), c.folder) << c.folder;
+    // Read back as the gate reads a partition: the same label and value.
+    const auto back = hive_label(c.folder);
+    ASSERT_TRUE(back) << c.folder;
+    EXPECT_EQ(back->first, c.label);
+    EXPECT_EQ(back->second, c.value && !c.value->empty() ? std::optional<std::string>(*c.value) : std::nullopt);
+  }
+  EXPECT_FALSE(hive_label("plain"));
+  EXPECT_FALSE(hive_label("=value"));
 }
 
 class scratch_folder : public testing::Test {
