@@ -20,12 +20,13 @@ import urllib.parse
 
 class Schemas:
     def __init__(self, folder):
-        self.by_id = {}
+        self.by_id, self.by_file = {}, {}
         for name in os.listdir(folder):
             if name.endswith(".schema.json"):
                 with open(os.path.join(folder, name), encoding="utf-8") as f:
                     document = json.load(f)
                 self.by_id[document["$id"]] = document
+                self.by_file[name] = document
 
     def resolve(self, node, base):
         """Follows $ref to the node it names, and the document it is in."""
@@ -78,8 +79,7 @@ class Schemas:
 
     def columns(self, schema_file):
         """{column: DuckDB type} of a table's rows, in the schema's order."""
-        document = next(d for d in self.by_id.values()
-                        if d["$id"].rsplit("/", 1)[-1] == schema_file)
+        document = self.by_file[schema_file]
         members = {}
         for branch in document.get("allOf", []):
             part, base = self.resolve(branch, document["$id"])

@@ -1,19 +1,17 @@
 #include "inspect/outputs/dataset_manifest.h"
 
 #include "inspect/outputs/json_writer.h"
-#include "liblog_zol/json_printer.h"
+#include "inspect/outputs/table_rows.h"
 
 namespace inspect {
 
-// harvests, failures and unreadable rows are this program's own; records'
-// rows are the records subcommand's, with the capture's keys in front.
-constexpr int table_schema_version = 1;
-
+// The tables share one version: a records row is the records subcommand's
+// own (its schema_version inside it), with the tables' keys in front.
 const std::array<table_kind, 4> dataset_tables = {{
-    {"harvests", "harvests.schema.json", table_schema_version},
-    {"records", "records_table.schema.json", zol::records_schema_version},
-    {"failures", "failures.schema.json", table_schema_version},
-    {"unreadable", "unreadable.schema.json", table_schema_version},
+    {"harvests", "harvests.schema.json", tables_schema_version},
+    {"records", "records_table.schema.json", tables_schema_version},
+    {"failures", "failures.schema.json", tables_schema_version},
+    {"unreadable", "unreadable.schema.json", tables_schema_version},
 }};
 
 input_counts& input_counts::operator+=(const input_counts& other) {
