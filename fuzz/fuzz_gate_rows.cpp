@@ -23,7 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   while (!rest.empty()) {
     const std::size_t end = rest.find('\n');
     const std::string_view line = rest.substr(0, end);
-    builder.add_row(tables[number % 3], line, place, ++number);
+    ++number;
+    builder.add_row(tables[number % 3], line, place, number);
     rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
   }
   for (const side_samples& side : builder.finish())

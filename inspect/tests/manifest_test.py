@@ -3,8 +3,8 @@
 (whole, twice, gzip-compressed, cut and unreadable captures), plain and --gzip, and
 over nothing. The manifest agrees with the files (check_manifest.py); its
 input counts with each input's own status from `report` (0 whole, 1
-damaged, 2 unreadable); its version with --version and the records'
-schema version with records.schema.json. A run that cannot write its tables
+damaged, 2 unreadable); its version with --version and each table's
+schema version with the version its schema's $id names (harvests-2.json). A run that cannot write its tables
 leaves no manifest, not even one of an earlier run.
 
     manifest_test.py KELVRA KELVRA_INSPECT SCHEMA_DIR PHONE...
@@ -28,8 +28,11 @@ def main():
         print("FAIL:", what)
 
     version = run([inspect, "--version"])[1].decode()
-    with open(os.path.join(schemas, "records.schema.json"), encoding="utf-8") as f:
-        records_version = json.load(f)["properties"]["schema_version"]["const"]
+    versions = {}
+    for table, name in (("harvests", "harvests"), ("records", "records_table"), ("failures", "failures"),
+                        ("unreadable", "unreadable")):
+        with open(os.path.join(schemas, name + ".schema.json"), encoding="utf-8") as f:
+            versions[table] = int(json.load(f)["$id"].rsplit("-", 1)[1].split(".")[0])
 
     with tempfile.TemporaryDirectory() as work:
         fleet = os.path.join(work, "fleet")
@@ -58,8 +61,9 @@ def main():
             got = {key: manifest[key] for key in expected}
             if got != expected:
                 fail(f"{flags}: {got}, not {expected}")
-            if manifest["tables"]["records"]["schema_version"] != records_version:
-                fail(f"{flags}: records' schema version differs from records.schema.json's")
+            got = {t: manifest["tables"][t]["schema_version"] for t in versions}
+            if got != versions:
+                fail(f"{flags}: the tables' schema versions are {got}, their schemas say {versions}")
             suffix = ".jsonl.gz" if flags else ".jsonl"
             paths = [f["path"] for t in manifest["tables"].values() for f in t["files"]]
             if paths != [t + suffix for t in ("harvests", "records", "failures", "unreadable")]:
