@@ -67,13 +67,19 @@ void capture_parser::check_profile_lines() {
       texts.push_back({zol::profile_record(record->bytes.data()).timestamp(), *record->calendar_text,
                        record->line});
   }
-  model_.clock = recover_clock(texts, years_);
+  model_.clock = recover_clock(texts, years_, zone_);
 }
 
 bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
                   const capture_options& options, capture_model& model, input_fault& fault) {
   model = {};
   model.input = file;
+  const zone_rules* zone = zone_named(options.zone);
+  if (zone == nullptr) {
+    fault = {file, "", unknown_zone_text(options.zone)};
+    return false;
+  }
+  model.zone = zone;
   std::optional<opened_input> input =
       open_input(std::move(source), file, {input_form::harvest, options.progress}, fault);
   if (!input) return false;
@@ -106,7 +112,7 @@ bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
     fault = {file, "", "not a capture: no harvest line in it"};
     return false;
   }
-  capture_parser parser(std::move(lines), std::move(records), model, damage, options.years,
+  capture_parser parser(std::move(lines), std::move(records), model, damage, options.years, *zone,
                         tokens.cut_short());
   parser.run();
   damage.finish();

@@ -43,6 +43,11 @@ int for_each_record(const stream_options& options,
 
 int for_each_record(std::unique_ptr<byte_source> source, const stream_options& options,
                     std::FILE* messages, const std::function<void(const stream_record&)>& each) {
+  const zone_rules* zone = zone_named(options.zone);
+  if (zone == nullptr) {
+    std::fprintf(messages, "%s\n", fault_line({options.input, "", unknown_zone_text(options.zone)}).c_str());
+    return 2;
+  }
   input_settings settings;
   settings.form = options.form;
   if (options.progress && isatty(fileno(messages))) settings.progress = messages;
@@ -61,7 +66,7 @@ int for_each_record(std::unique_ptr<byte_source> source, const stream_options& o
     fixed.emplace(*options.timesync);
   } else if (form == input_form::harvest) {
     std::vector<std::string> kept;
-    follower.emplace(options.years, first_texts(input->buffer->data(), kept));
+    follower.emplace(options.years, *zone, first_texts(input->buffer->data(), kept));
   }
 
   damage_log damage(options.input, messages);
@@ -79,7 +84,7 @@ int for_each_record(std::unique_ptr<byte_source> source, const stream_options& o
         damage.add({record.line, 0, {}, note, "its calendar time follows the pair before it", false});
       clock = &*follower;
     }
-    each({record, ordinal++, *clock});
+    each({record, ordinal++, *clock, *zone});
   }
   damage.finish();
   if (!records->found_form()) {

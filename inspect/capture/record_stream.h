@@ -23,6 +23,7 @@ struct stream_options {
   std::optional<input_form> form;
   std::optional<zol::timesync_pair> timesync;  // overrides what a capture says
   year_preference years;
+  std::string zone;  // IANA name the calendar texts were printed in; empty: TZ's
   bool progress = true;  // when the messages go to a terminal
 };
 
@@ -30,6 +31,7 @@ struct stream_record {
   const input_record& input;
   std::uint64_t ordinal;     // from 0
   zol::clock_source& clock;  // for this record
+  const zol::local_zone& zone;  // of its calendar time
 };
 
 // Calls `each` for every intact record. The exit status: 0 when the input

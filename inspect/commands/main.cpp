@@ -14,6 +14,7 @@
 
 #include <unistd.h>
 
+#include "inspect/capture/zone_rules.h"
 #include "inspect/commands/commands.h"
 #include "inspect/input/input_forms.h"
 
@@ -36,7 +37,21 @@ int current_year() {
 struct clock_settings {
   std::string timesync;
   std::optional<int> year;
+  std::string zone;
 };
+
+void add_zone(CLI::App& command, std::string& zone) {
+  command.add_option("--zone", zone,
+                     "The IANA time zone the capture's calendar times were printed in, such as "
+                     "Asia/Tokyo (default: the one TZ names, or the machine's)");
+}
+
+// False, after one line, for a zone the tz database does not know.
+bool known_zone(const std::string& zone) {
+  if (inspect::zone_named(zone) != nullptr) return true;
+  std::fprintf(stderr, "kelvra-inspect: %s\n", inspect::unknown_zone_text(zone).c_str());
+  return false;
+}
 
 void add_clock(CLI::App& command, clock_settings& settings) {
   command.add_option("--timesync", settings.timesync,
@@ -46,12 +61,15 @@ void add_clock(CLI::App& command, clock_settings& settings) {
                      "The year of a capture's first calendar time (default: the latest that "
                      "fits, back from this one)")
       ->check(CLI::Range(1969, 2555));
+  add_zone(command, settings.zone);
 }
 
-// False, after saying why, when the pair does not read.
+// False, after saying why, when the pair or the zone does not read.
 bool finish_clock(const clock_settings& settings, std::optional<zol::timesync_pair>& pair,
-                  inspect::year_preference& years) {
+                  inspect::year_preference& years, std::string& zone) {
   years = {settings.year, current_year()};
+  zone = settings.zone;
+  if (!known_zone(zone)) return false;
   if (settings.timesync.empty()) return true;
   pair = inspect::parse_timesync(settings.timesync);
   if (pair) return true;
@@ -81,7 +99,8 @@ void add_stream(CLI::App& command, stream_settings& settings) {
 bool finish_stream(stream_settings& settings) {
   if (!settings.from.empty()) settings.stream.form = inspect::form_of_name(settings.from);
   settings.stream.progress = !settings.no_progress;
-  return finish_clock(settings.clock, settings.stream.timesync, settings.stream.years);
+  return finish_clock(settings.clock, settings.stream.timesync, settings.stream.years,
+                      settings.stream.zone);
 }
 
 struct whole_settings {
@@ -115,7 +134,7 @@ void add_whole(CLI::App& command, whole_settings& settings, bool views) {
 bool finish_whole(whole_settings& settings) {
   inspect::capture_options& reading = settings.capture.reading;
   if (!settings.no_progress && isatty(fileno(stderr))) reading.progress = stderr;
-  return finish_clock(settings.clock, reading.timesync, reading.years);
+  return finish_clock(settings.clock, reading.timesync, reading.years, reading.zone);
 }
 
 // compare: two captures, a harvest of each, what may differ.
@@ -171,7 +190,7 @@ bool finish_compare(compare_cli& cli) {
   using form = inspect::compare_settings::form;
   s.shape = cli.json ? form::json : cli.html ? form::page : form::text;
   if (!cli.no_progress && isatty(fileno(stderr))) s.reading.progress = stderr;
-  return finish_clock(cli.clock, s.reading.timesync, s.reading.years);
+  return finish_clock(cli.clock, s.reading.timesync, s.reading.years, s.reading.zone);
 }
 
 }  // namespace
@@ -198,7 +217,7 @@ int main(int argc, char** argv) {
   std::string phone_additions;
   bool partial = false;
   CLI::App* phone = app.add_subcommand(
-      "phone", "A phone description that, harvested under the same TZ, prints the capture again");
+      "phone", "A phone description that, harvested under the same TZ (--zone's), prints the capture again");
   add_whole(*phone, phone_settings, false);
   phone->add_option("--with", phone_additions,
                     "A description of what the capture cannot show (service ids and other "
@@ -254,6 +273,7 @@ int main(int argc, char** argv) {
                      "The year of the captures' first calendar times (default: the latest that "
                      "fits, back from this one)")
       ->check(CLI::Range(1969, 2555));
+  add_zone(*tables, tables_settings.reading.zone);
   bool tables_quiet = false;
   tables->add_flag("--no-progress", tables_quiet, "No progress line on standard error");
 
@@ -291,6 +311,7 @@ int main(int argc, char** argv) {
       return 2;
     }
     tables_settings.reading.years = {tables_year, current_year()};
+    if (!known_zone(tables_settings.reading.zone)) return 2;
     tables_settings.progress = !tables_quiet;
     return inspect::run_tables(tables_settings);
   }

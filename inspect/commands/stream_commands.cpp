@@ -19,6 +19,7 @@ int run_decode(const stream_options& options, bool hex) {
       out.line({hex_line, sizeof hex_line});
       return;
     }
+    printer.set_zone(record.zone);
     decode_profile_record(printer, record.input.bytes.data(), record.clock);
     // The collector prints a line only when it makes a UTF-8 string of it.
     if (valid_utf8(printer.view())) out.line(printer.view());
@@ -33,6 +34,7 @@ int run_records(const stream_options& options) {
     zol::record_origin origin;
     origin.ordinal = record.ordinal;
     printer.set_origin(origin);
+    printer.set_zone(record.zone);
     decode_profile_record(printer, record.input.bytes.data(), record.clock);
     out.line(printer.view());
   });

@@ -129,6 +129,7 @@ void record_rows(const capture_model& model, std::size_t index, const capture_id
   json.begin_object();
   identity(json, id, index);
   zol::json_printer printer;
+  printer.set_zone(*model.zone);
   zol::no_clock none;
   std::optional<zol::fixed_clock> pair;
   if (model.pair) pair.emplace(*model.pair);
