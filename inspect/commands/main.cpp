@@ -26,11 +26,10 @@ constexpr const char* statuses =
     "error; 2 when nothing could be made of it (not a capture, an unreadable file, bad options).";
 
 // The year a capture's calendar times are taken back in when none is given:
-// the one the machine's clock is in, and back from it.
-int current_year() {
-  const std::time_t now = std::time(nullptr);
+// the one the machine's clock is in, in the capture's zone, and back from it.
+int current_year(const inspect::zone_rules& zone) {
   std::tm local{};
-  if (localtime_r(&now, &local) == nullptr) return 1970;
+  if (!zone.local_time(std::time(nullptr), local)) return 1970;
   return local.tm_year + 1900;
 }
 
@@ -46,11 +45,12 @@ void add_zone(CLI::App& command, std::string& zone) {
                      "Asia/Tokyo (default: the one TZ names, or the machine's)");
 }
 
-// False, after one line, for a zone the tz database does not know.
-bool known_zone(const std::string& zone) {
-  if (inspect::zone_named(zone) != nullptr) return true;
-  std::fprintf(stderr, "kelvra-inspect: %s\n", inspect::unknown_zone_text(zone).c_str());
-  return false;
+// Null, after one line, for a zone the tz database does not know.
+const inspect::zone_rules* known_zone(const std::string& zone) {
+  const inspect::zone_rules* rules = inspect::zone_named(zone);
+  if (rules == nullptr)
+    std::fprintf(stderr, "kelvra-inspect: %s\n", inspect::unknown_zone_text(zone).c_str());
+  return rules;
 }
 
 void add_clock(CLI::App& command, clock_settings& settings) {
@@ -67,9 +67,10 @@ void add_clock(CLI::App& command, clock_settings& settings) {
 // False, after saying why, when the pair or the zone does not read.
 bool finish_clock(const clock_settings& settings, std::optional<zol::timesync_pair>& pair,
                   inspect::year_preference& years, std::string& zone) {
-  years = {settings.year, current_year()};
   zone = settings.zone;
-  if (!known_zone(zone)) return false;
+  const inspect::zone_rules* rules = known_zone(zone);
+  if (rules == nullptr) return false;
+  years = {settings.year, current_year(*rules)};
   if (settings.timesync.empty()) return true;
   pair = inspect::parse_timesync(settings.timesync);
   if (pair) return true;
@@ -310,8 +311,9 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "kelvra-inspect tables: --out names the tables' directory\n");
       return 2;
     }
-    tables_settings.reading.years = {tables_year, current_year()};
-    if (!known_zone(tables_settings.reading.zone)) return 2;
+    const inspect::zone_rules* zone = known_zone(tables_settings.reading.zone);
+    if (zone == nullptr) return 2;
+    tables_settings.reading.years = {tables_year, current_year(*zone)};
     tables_settings.progress = !tables_quiet;
     return inspect::run_tables(tables_settings);
   }
