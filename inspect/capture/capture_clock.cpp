@@ -6,7 +6,6 @@
 #include <chrono>
 #include <limits>
 
-#include "liblog_zol/calendar_time.h"
 
 namespace inspect {
 namespace {
@@ -57,14 +56,34 @@ std::optional<calendar_fields> parse_calendar_text(std::string_view text) {
   return fields;
 }
 
-bool prints(std::uint64_t microseconds, std::string_view text, const zone_rules& zone) {
-  zol::calendar_text made;
-  return zol::make_calendar_text(microseconds, made, zone) && made.view() == text;
+// Whether `microseconds` prints as the text of `fields`: the same local
+// month, day, time and microsecond ("%b %d %T" in the C locale, which
+// neither program changes), told without printing.
+bool prints(std::uint64_t microseconds, const calendar_fields& fields, const zone_rules& zone) {
+  if (microseconds % 1000000 != fields.microsecond) return false;
+  // The last second asked, one a thread: a capture's texts come in time
+  // order, so most share their second with the text before.
+  thread_local struct {
+    const zone_rules* zone = nullptr;
+    std::int64_t seconds = 0;
+    bool valid = false;
+    std::tm local{};
+  } last;
+  const auto seconds = static_cast<std::int64_t>(microseconds / 1000000);
+  if (last.zone != &zone || last.seconds != seconds) {
+    last.zone = &zone;
+    last.seconds = seconds;
+    last.valid = zone.local_time(seconds, last.local);
+  }
+  const std::tm& local = last.local;
+  return last.valid && local.tm_sec == fields.second && local.tm_min == fields.minute &&
+         local.tm_hour == fields.hour && local.tm_mday == fields.day &&
+         local.tm_mon == fields.month;
 }
 
 // The ranges that put `text` in `year`: one, none where the year has no
 // such day or the clocks skip the hour, two where they repeat it (the
-// earlier instant first).
+// earlier instant first). Distinct instants, so never a range twice.
 void add_year_ranges(std::uint64_t timestamp, const calendar_fields& fields, int year,
                      const zone_rules& zone, std::vector<offset_range>& ranges) {
   using namespace std::chrono;
@@ -87,7 +106,7 @@ void add_year_ranges(std::uint64_t timestamp, const calendar_fields& fields, int
         .length = first == last_microsecond_start
                       ? static_cast<std::uint32_t>(last_nanosecond - first + 1)
                       : 1000};
-    if (std::find(ranges.begin(), ranges.end(), range) == ranges.end()) ranges.push_back(range);
+    ranges.push_back(range);
   }
 }
 
@@ -236,6 +255,8 @@ bool is_calendar_text(std::string_view text) { return parse_calendar_text(text).
 
 bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text,
                   const zone_rules& zone) {
+  const std::optional<calendar_fields> fields = parse_calendar_text(text);
+  if (!fields) return false;
   std::uint64_t offset = range.start;
   std::uint64_t sum = timestamp * 1000 + offset;
   std::uint32_t left = range.length;
@@ -245,7 +266,7 @@ bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view
     const std::uint64_t to_next =
         sum >= last_microsecond_start ? last_nanosecond - sum + 1 : 1000 - sum % 1000;
     const auto piece = static_cast<std::uint32_t>(std::min<std::uint64_t>(to_next, left));
-    if (prints(sum / 1000, text, zone)) {
+    if (prints(sum / 1000, *fields, zone)) {
       range = {.start = offset, .length = piece};
       return true;
     }

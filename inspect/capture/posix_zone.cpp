@@ -2,8 +2,10 @@
 // what TZ holds when it names no zone file, and what a zone file ends with
 // for the years after its last listed change.
 
+#include <array>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 #include "inspect/capture/zone_rules.h"
 
@@ -112,32 +114,50 @@ std::int64_t change_day(const change_rule& rule, int year) {
   return day.time_since_epoch().count();
 }
 
+// The year of a time counted as if UTC.
+int standard_year(std::int64_t local) {
+  using namespace std::chrono;
+  const auto day = sys_days{days{local / 86'400 - (local % 86'400 < 0 ? 1 : 0)}};
+  return static_cast<int>(year_month_day{day}.year());
+}
+
 class posix_rules final : public zone_rules {
  public:
   posix_rules(std::int32_t standard, std::optional<std::int32_t> summer, change_rule start,
               change_rule end)
-      : standard_(standard), summer_(summer), start_(start), end_(end) {}
+      : standard_(standard), summer_(summer), start_(start), end_(end) {
+    if (!summer_) return;
+    for (int year = first_year; year <= last_year; ++year)
+      kept_[static_cast<std::size_t>(year - first_year)] = changes_in(year);
+  }
 
   std::int32_t utc_offset(std::int64_t seconds) const override {
     if (!summer_) return standard_;
-    const std::int64_t local = seconds + standard_;
-    const auto year = static_cast<int>(
-        std::chrono::year_month_day{std::chrono::sys_days{std::chrono::days{
-                                        local / 86'400 - (local % 86'400 < 0 ? 1 : 0)}}}
-            .year());
-    // Daylight time starts at a standard time and ends at a daylight one;
-    // south of the equator it spans the new year.
-    const std::int64_t start = change_day(start_, year) * 86'400 + start_.time - standard_;
-    const std::int64_t end = change_day(end_, year) * 86'400 + end_.time - *summer_;
+    const int year = standard_year(seconds + standard_);
+    const auto [start, end] = year >= first_year && year <= last_year
+                                  ? kept_[static_cast<std::size_t>(year - first_year)]
+                                  : changes_in(year);
     const bool summer =
         start < end ? seconds >= start && seconds < end : seconds >= start || seconds < end;
     return summer ? *summer_ : standard_;
   }
 
  private:
+  // The years every sum the collector makes falls in, worked out once.
+  static constexpr int first_year = 1968, last_year = 2556;
+
+  // The instants daylight time starts and ends in `year`: it starts at a
+  // standard time and ends at a daylight one; south of the equator it spans
+  // the new year.
+  std::pair<std::int64_t, std::int64_t> changes_in(int year) const {
+    return {change_day(start_, year) * 86'400 + start_.time - standard_,
+            change_day(end_, year) * 86'400 + end_.time - *summer_};
+  }
+
   std::int32_t standard_;
   std::optional<std::int32_t> summer_;
   change_rule start_, end_;
+  std::array<std::pair<std::int64_t, std::int64_t>, last_year - first_year + 1> kept_{};
 };
 
 }  // namespace
