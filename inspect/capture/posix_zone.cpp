@@ -164,8 +164,9 @@ class posix_rules final : public zone_rules {
 
 std::unique_ptr<const zone_rules> posix_zone(std::string_view rule) {
   rule_reader reader(rule);
+  // Offsets within a day of UTC, as every zone's is.
   std::int32_t west = 0;
-  if (!reader.name() || !reader.duration(west, 24)) return nullptr;
+  if (!reader.name() || !reader.duration(west, 23)) return nullptr;
   const std::int32_t standard = -west;
   std::optional<std::int32_t> summer;
   // Without rules, the United States' since 2007, as the C library takes them.
@@ -174,7 +175,7 @@ std::unique_ptr<const zone_rules> posix_zone(std::string_view rule) {
     if (!reader.name()) return nullptr;
     summer = standard + 3600;
     if (!reader.done() && !reader.take(',')) {
-      if (!reader.duration(west, 24)) return nullptr;
+      if (!reader.duration(west, 23)) return nullptr;
       summer = -west;
       if (!reader.done() && !reader.take(',')) return nullptr;
     }

@@ -61,7 +61,7 @@ TEST(zone_rules, posix_rules_give_each_instant_its_offset) {
   }
   for (const char* rule : {"", "EST", "E5", "EST5EDT,M13.1.0,M11.1.0", "EST5EDT,M3.2.0",
                            "EST5EDT,M3.2.0,M11.1.0,", "<+1030-10:30", "EST25", "EST5EDT,M3.0.0,J0",
-                           "JST-9 "})
+                           "JST-9 ", "XXX3EDP024,0,J364/23", "XXX-24"})
     EXPECT_FALSE(posix_zone(rule)) << rule;
 }
 
