@@ -189,8 +189,13 @@ void json_printer::begin(const record_header& header) {
   };
   std::size_t room = 512;
   for (const auto& name : names) room += string_room(name.name.size());
-  char* p = out_.reserve(room + string_room(origin_.source.size()));
-  put(p, "{\"schema_version\":");
+  char* p = out_.reserve(room + string_room(origin_.source.size()) + leading_.size());
+  put(p, "{");
+  if (!leading_.empty()) {
+    put(p, leading_);
+    put(p, ",");
+  }
+  put(p, "\"schema_version\":");
   put_unsigned(p, records_schema_version);
   put(p, ",\"ordinal\":");
   put_unsigned(p, origin_.ordinal);

@@ -32,6 +32,9 @@ class json_printer final : public record_printer {
   void set_origin(const record_origin& origin) noexcept { origin_ = origin; }
   // The calendar time's zone; the C library's unless set.
   void set_zone(const local_zone& zone) noexcept { zone_ = &zone; }
+  // Members written ahead of the record's own, as JSON ("\"a\":1,\"b\":2"):
+  // a table row is the record's object with its keys in front.
+  void set_leading(std::string_view members) noexcept { leading_ = members; }
 
   void begin(const record_header& header) override;
   void field(std::string_view key, std::uint8_t width, const field_value& value) override;
@@ -57,6 +60,7 @@ class json_printer final : public record_printer {
   line_builder out_;
   record_origin origin_;
   const local_zone* zone_ = &c_library_zone();
+  std::string_view leading_;
   bool first_field_ = true;
   bool beyond_doubles_ = false;
   std::size_t payload_start_ = 0;

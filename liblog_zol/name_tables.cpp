@@ -48,11 +48,9 @@ name_text lookup_name(std::span<const id_name> table, std::uint32_t id) noexcept
 }
 
 name_text type_name(std::uint32_t category, std::uint32_t type) noexcept {
-  constexpr std::uint32_t nimbrel = 4;
-  constexpr std::uint32_t pkey = 7;
   std::span<const id_name> own;
-  if (category == nimbrel) own = nimbrel_types;
-  if (category == pkey) own = pkey_types;
+  if (category == nimbrel_category) own = nimbrel_types;
+  if (category == pkey_category) own = pkey_types;
   for (const id_name& row : own)
     if (row.id == type) return name_text(row.name);
   return lookup_name(payload_types, type);

@@ -40,6 +40,24 @@ class name_text {
 // The first row whose id is `id`; otherwise `id` in unsigned decimal.
 name_text lookup_name(std::span<const id_name> table, std::uint32_t id) noexcept;
 
+// The ids that code beyond the name tables names: the button controller's
+// category, its latency component and record types, and the checkpoints the
+// statistics record keeps times for.
+inline constexpr std::uint32_t nimbrel_category = 4;
+inline constexpr std::uint32_t pkey_category = 7;
+inline constexpr std::uint32_t pkey_latency_component = 3;
+inline constexpr std::uint32_t pkey_event_type = 2;
+inline constexpr std::uint32_t pkey_trace_point_type = 3;
+inline constexpr std::uint32_t pkey_context_type = 10;
+enum pkey_checkpoint : std::uint32_t {
+  ckp_finger_on = 0,
+  ckp_finger_off = 1,
+  ckp_button_down = 2,
+  ckp_button_up = 3,
+  ckp_start_haptics = 5,
+  ckp_play_asset = 7,
+};
+
 inline constexpr id_name category_names[] = {
     {0, "execution"}, {1, "trace"}, {2, "sensors"}, {3, "orbix"}, {4, "nimbrel"},
     {5, "interrupt"}, {6, "uart"},  {7, "pkey"},    {8, "control"},

@@ -6,11 +6,11 @@
 namespace zol {
 namespace {
 
-constexpr std::uint32_t latency_component = 3;
+constexpr std::uint32_t latency_component = pkey_latency_component;
 
-constexpr std::uint32_t event_record = 2;
-constexpr std::uint32_t trace_record = 3;
-constexpr std::uint32_t context_record = 10;
+constexpr std::uint32_t event_record = pkey_event_type;
+constexpr std::uint32_t trace_record = pkey_trace_point_type;
+constexpr std::uint32_t context_record = pkey_context_type;
 
 constexpr std::uint32_t input_packet_event = 2;
 constexpr std::uint32_t status_event = 3;

@@ -4,9 +4,7 @@
     fleet_test.py CASE --fleet PATH --inspect PATH --devices DIR --work DIR
 
 CASE is dataset, worker_killed, loopback_only, tls_scheduler or refusals.
---inspect is the built kelvra-inspect; while it has no tables subcommand the
-stub beside this file stands in for it. Exit status 0 passed, 1 failed, 77
-skipped."""
+--inspect is the built kelvra-inspect. Exit status 0 passed, 1 failed."""
 
 import argparse
 import collections
@@ -25,7 +23,6 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 TABLES = ("harvests", "records", "failures", "unreadable")
-SKIP = 77
 # Addresses of this test's own network namespace, never of a real host.
 OTHER_V4 = "198.51.100.7"
 OTHER_V6 = "2001:db8::7"
@@ -38,18 +35,6 @@ class Failed(Exception):
 def check(condition, what):
     if not condition:
         raise Failed(what)
-
-
-def choose_inspect(built):
-    """The built kelvra-inspect once it has tables; the stub until then."""
-    try:
-        listing = subprocess.run([built, "--help"], capture_output=True, text=True)
-    except OSError as error:
-        raise Failed("%s: %s" % (built, error.strerror))
-    if any(line.split()[:1] == ["tables"] for line in listing.stdout.splitlines()):
-        return built
-    print("note: %s has no tables subcommand yet; the stub stands in for it" % built)
-    return os.path.join(HERE, "tables_stub")
 
 
 def make_captures(devices, root):
@@ -78,7 +63,7 @@ def make_captures(devices, root):
 class Env:
     def __init__(self, options):
         self.fleet = options.fleet
-        self.inspect = choose_inspect(options.inspect)
+        self.inspect = options.inspect
         self.work = options.work
         shutil.rmtree(self.work, ignore_errors=True)
         os.makedirs(self.work)
@@ -104,11 +89,21 @@ class Env:
             command += ["--inspect", self.inspect]
         return self.run(command + list(args), extra_env=extra_env, timeout=120)
 
-    def fleet_start(self, out, *args, extra_env=None):
+    def fleet_start(self, out, *args, extra_env=None, inspect=None):
         env = dict(self.env, **(extra_env or {}))
-        return subprocess.Popen([self.fleet, "--out", out, "--inspect", self.inspect]
+        return subprocess.Popen([self.fleet, "--out", out, "--inspect", inspect or self.inspect]
                                 + list(args), cwd=self.work, env=env,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def stalling(self, shard, marker):
+        """A kelvra-inspect that holds the shard's first attempt (stalling_inspect)."""
+        path = os.path.join(self.work, "stalling-inspect-%d" % shard)
+        with open(path, "w") as stream:
+            stream.write("#!/bin/sh\nexec %s %s %s %d %s \"$@\"\n" % (
+                sys.executable, os.path.join(HERE, "stalling_inspect"), self.inspect, shard,
+                marker))
+        os.chmod(path, 0o755)
+        return path
 
     def single(self, out, *args):
         """One tables run over the captures: what the dataset must hold."""
@@ -174,8 +169,10 @@ def compare(dataset, expected, what):
         check(dataset[table] == expected[table], "%s: %s.jsonl: rows out of order" % (what, table))
 
 
-def counts_line(rows):
-    return "".join("%s %d\n" % (table, len(rows[table])) for table in TABLES)
+def counts_line(rows, shards, run_again=0):
+    """The closing counts: rows per table, shards run and run again."""
+    return "".join("%s %d\n" % (table, len(rows[table])) for table in TABLES) + \
+        "shards %d\nshards_run_again %d\n" % (shards, run_again)
 
 
 def only_reports(stderr, what):
@@ -191,7 +188,8 @@ def case_dataset(env):
     if status == 0:
         print("note: tables read even the cut capture whole; exit 1 is not tried")
     check(expected["harvests"] and expected["records"] and expected["failures"],
-          "the captures gave too few rows to compare: %s" % counts_line(expected))
+          "the captures gave too few rows to compare: %s" % {
+              table: len(rows) for table, rows in expected.items()})
 
     done = env.fleet_run("fleet", "--workers", "2", "--shard-size", "3", "captures")
     check(done.returncode == status, "exit %d, not %d: %s" % (done.returncode, status, done.stderr))
@@ -200,7 +198,7 @@ def case_dataset(env):
     parts, rows = read_dataset(os.path.join(env.work, "fleet"))
     check(len(parts) == 3, "8 captures in shards of 3 make %d partitions" % len(parts))
     compare(rows, expected, "plain run")
-    check(done.stdout == counts_line(expected), "the counts printed:\n" + done.stdout)
+    check(done.stdout == counts_line(expected, 3), "the counts printed:\n" + done.stdout)
 
     # Compressed, with inputs from a list on standard input and the default
     # shard size.
@@ -213,7 +211,8 @@ def case_dataset(env):
     check(done.returncode == status, "gzip: exit %d, not %d: %s" % (
         done.returncode, status, done.stderr))
     compare(read_dataset(os.path.join(env.work, "fleet-gz"), gzipped=True)[1], expected, "gzip")
-    check(done.stdout == counts_line(expected), "gzip: the counts printed:\n" + done.stdout)
+    # 8 captures, 2 workers of one thread: shards of one capture.
+    check(done.stdout == counts_line(expected, 8), "gzip: the counts printed:\n" + done.stdout)
 
     # At a terminal, progress on standard error.
     os.makedirs(os.path.join(env.work, "one"))
@@ -226,7 +225,7 @@ def case_dataset(env):
     # No capture at all: one partition of empty tables, for readers that glob.
     os.makedirs(os.path.join(env.work, "none"))
     done = env.fleet_run("fleet-none", "none")
-    check(done.returncode == 0 and done.stdout == counts_line(dict.fromkeys(TABLES, [])),
+    check(done.returncode == 0 and done.stdout == counts_line(dict.fromkeys(TABLES, []), 0),
           "no captures: exit %d: %s%s" % (done.returncode, done.stdout, done.stderr))
     parts, rows = read_dataset(os.path.join(env.work, "fleet-none"))
     check(parts == ["part-00000"] and not any(rows.values()), "no captures: %s" % parts)
@@ -277,7 +276,7 @@ def case_worker_killed(env):
     marker = os.path.join(env.work, "stalled")
     out = os.path.join(env.work, "fleet")
     process = env.fleet_start("fleet", "--workers", "2", "--shard-size", "2", "captures",
-                              extra_env={"KELVRA_FLEET_TEST_STALL": "1:" + marker})
+                              inspect=env.stalling(1, marker))
     worker = wait_for_marker(marker, process)
     check(worker != process.pid, "the shard ran in kelvra-fleet itself, not in a worker")
     # The shard's rows are written, under a name no reader takes, and not yet
@@ -295,14 +294,19 @@ def case_worker_killed(env):
     parts, rows = read_dataset(out)
     check(len(parts) == 4, "4 partitions expected, not %s" % parts)
     compare(rows, expected, "killed worker")
-    check(stdout == counts_line(expected), "the counts printed:\n" + stdout)
+    check(stdout == counts_line(expected, 4, 1), "the counts printed:\n" + stdout)
+    again = [line for line in stderr.splitlines() if "ran again" in line]
+    check(len(again) == 1 and again[0].startswith("kelvra-fleet: part-00001 (2 captures from ")
+          and "ran again: the worker tcp://127.0.0.1:" in again[0]
+          and again[0].endswith(" was lost while it held the shard"),
+          "the shard run again is not named:\n" + stderr)
 
     # With no failure allowed, the shard fails for good: exit 2, the shard
     # named, the other partitions whole and none half-written.
     os.unlink(marker)
     process = env.fleet_start("fleet-0", "--workers", "2", "--shard-size", "2", "captures",
-                              extra_env={"KELVRA_FLEET_TEST_STALL": "1:" + marker,
-                                         "DASK_DISTRIBUTED__SCHEDULER__ALLOWED_FAILURES": "0"})
+                              inspect=env.stalling(1, marker),
+                              extra_env={"DASK_DISTRIBUTED__SCHEDULER__ALLOWED_FAILURES": "0"})
     os.kill(wait_for_marker(marker, process), signal.SIGKILL)
     stdout, stderr = process.communicate(timeout=120)
     check(process.returncode == 2, "no failure allowed: exit %d: %s" % (
@@ -310,6 +314,8 @@ def case_worker_killed(env):
     named = [line for line in stderr.splitlines() if line.startswith("kelvra-fleet: part-00001 ")]
     check(len(named) == 1 and "failed for good" in named[0], "the lost shard is not named:\n"
           + stderr)
+    check(stdout.endswith("shards 4\nshards_run_again 0\n"),
+          "a shard that failed for good counted as run again:\n" + stdout)
     log = [line for line in stderr.splitlines() if line.startswith("kelvra-fleet: Dask's log")]
     for line in log:
         os.unlink(line.rsplit(": ", 1)[1])
@@ -460,7 +466,7 @@ def case_loopback_only(env, own_namespace):
     status, _ = env.single("single")
     marker = os.path.join(env.work, "stalled")
     process = env.fleet_start("fleet", "--workers", "2", "--shard-size", "2", "captures",
-                              extra_env={"KELVRA_FLEET_TEST_STALL": "0:" + marker})
+                              inspect=env.stalling(0, marker))
     try:
         wait_for_marker(marker, process)
         # Scheduler, two nannies, two workers, and the diagnostics servers of
@@ -512,9 +518,7 @@ def make_certificates(directory):
 
 
 def case_tls_scheduler(env):
-    if not shutil.which("openssl"):
-        print("openssl is missing: no certificates to test TLS with")
-        return SKIP
+    check(shutil.which("openssl"), "openssl is missing (tools/install-deps --tests brings it)")
     certificates = os.path.join(env.work, "tls")
     make_certificates(certificates)
     tls = lambda name: ["--tls-ca-file", os.path.join(certificates, "ca.pem"),
@@ -546,7 +550,7 @@ def case_tls_scheduler(env):
             done.returncode, status, done.stderr))
         only_reports(done.stderr, "TLS")
         compare(read_dataset(os.path.join(env.work, "fleet"))[1], expected, "TLS")
-        check(done.stdout == counts_line(expected), "the counts printed:\n" + done.stdout)
+        check(done.stdout == counts_line(expected, 4), "the counts printed:\n" + done.stdout)
 
         # Certificates from Dask's configuration instead of options.
         config = os.path.join(env.env["DASK_CONFIG"], "tls.yaml")
@@ -660,8 +664,6 @@ def main(argv):
     except Failed as failure:
         print("FAILED: %s: %s" % (options.case, failure))
         return 1
-    if status == SKIP:
-        return SKIP
     print("%s: passed in %.1f s" % (options.case, time.monotonic() - start))
     return 0
 

@@ -20,16 +20,16 @@ std::string banner_words(request about) {
 
 std::string printed_state(const harvest_request& entry, std::span<const std::uint8_t> record) {
   std::ostringstream out;
-  if (entry.service == "zol-button")
-    layouts::write_counts(out, entry.command, record);
-  else
+  if (layouts::prints_power_state(entry.service))
     layouts::write_power_state(out, entry.service, record);
+  else
+    layouts::write_counts(out, entry.command, record);
   return out.str();
 }
 }  // namespace
 
 std::string state_heading(const harvest_request& entry) {
-  if (entry.service != "zol-button") return std::string(entry.service) + " State";
+  if (layouts::prints_power_state(entry.service)) return std::string(entry.service) + " State";
   for (const layouts::counts_heading& heading : layouts::counts_headings)
     if (heading.command == entry.command) return std::string(heading.text);
   return {};
@@ -84,8 +84,7 @@ bool capture_parser::read_stats() {
     // The step's own buffer starts zeroed and is printed whole.
     if (!stats.printed || std::any_of(stats.record.begin(), stats.record.end(),
                                       [](std::uint8_t b) { return b != 0; }))
-      add_damage(stats.line, 0, "statistics after a zero connection print the zeroed buffer",
-                 "read as printed");
+      add_damage({.kind = problem_kind::zeroed_statistics, .line = stats.line});
     add_call(about, call_outcome::zero_connection, 0, {}, access.line);
   } else {
     std::vector<std::uint8_t> reply;
@@ -99,7 +98,7 @@ bool capture_parser::read_stats() {
 bool capture_parser::parse_state(const harvest_request& entry, std::vector<std::uint8_t>& record,
                                  std::string& why) {
   layouts::parse_fault fault;
-  const bool counts = entry.service == "zol-button";
+  const bool counts = !layouts::prints_power_state(entry.service);
   const std::vector<std::string_view> texts =
       block(counts ? layouts::counts_lines : layouts::power_state_lines);
   if (counts) {
@@ -155,14 +154,11 @@ bool capture_parser::read_states(std::size_t first_row) {
       if (whole && !dump.damaged &&
           (prints != dump.record.has_value() ||
            (prints && printed_state(entry, *dump.record) != printed_state(entry, buffer))))
-        add_damage(dump.line, 0,
-                   "a zero connection prints the shared buffer as the previous reply left it",
-                   "read as printed");
+        add_damage({.kind = problem_kind::stale_state_dump, .line = dump.line});
       add_call(about, call_outcome::zero_connection, 0, {}, access.line);
     } else if (dump.record) {
       if (whole && length < dump.record->size())
-        add_damage(dump.line, 0, "printed after an empty reply that left the shared buffer no room",
-                   "read as printed");
+        add_damage({.kind = problem_kind::state_dump_after_empty, .line = dump.line});
       std::copy(dump.record->begin(), dump.record->end(), buffer.begin());
       length = dump.record->size();
       add_call(about, call_outcome::reply, 0, *dump.record, dump.line);
@@ -209,8 +205,7 @@ bool capture_parser::read_assets() {
   if (access.outcome == call_outcome::zero_connection) {
     if (assets.length != entry.capacity ||
         std::any_of(assets.table.begin(), assets.table.end(), [](std::uint8_t b) { return b != 0; }))
-      add_damage(assets.line, 0, "assets after a zero connection print the zeroed 4096-byte buffer",
-                 "read as printed");
+      add_damage({.kind = problem_kind::zeroed_assets, .line = assets.line});
     add_call(about, call_outcome::zero_connection, 0, {}, access.line);
   } else {
     std::vector<std::uint8_t> reply(assets.length, 0);

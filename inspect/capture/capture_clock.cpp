@@ -287,19 +287,31 @@ std::optional<zol::timesync_pair> recovered_clock::pair() const {
   return segments[main].pair();
 }
 
+std::optional<zol::timesync_pair> recovered_clock::pair_at(std::uint64_t line) const {
+  const auto after = std::upper_bound(segment_of.begin(), segment_of.end(), line,
+                                      [](std::uint64_t l, const text_segment& s) { return l < s.line; });
+  if (after == segment_of.begin()) return std::nullopt;
+  return segments[std::prev(after)->segment].pair();
+}
+
 recovered_clock recover_clock(std::span<const timed_text> texts, const year_preference& preference,
                               const zone_rules& zone) {
   recovered_clock clock;
+  clock.segment_of.reserve(texts.size());
   if (std::optional<clock_segment> segment =
           one_segment(texts, preference, zone, clock.unreadable)) {
     clock.segments.push_back(*segment);
     std::sort(clock.unreadable.begin(), clock.unreadable.end());
+    for (const timed_text& text : texts) clock.segment_of.push_back({text.line, 0});
     return clock;
   }
   clock_follower follower(preference, zone, {});
   std::string note;
-  for (const timed_text& text : texts)
+  for (const timed_text& text : texts) {
     follower.next_record(text.timestamp, text.text, text.line, note);
+    if (const auto segment = follower.current_segment())
+      clock.segment_of.push_back({text.line, static_cast<std::uint32_t>(*segment)});
+  }
   clock.segments = follower.segments();
   clock.unreadable = follower.unreadable();
   for (std::size_t i = 1; i < clock.segments.size(); ++i)

@@ -89,6 +89,17 @@ struct recovered_clock {
   std::size_t main = 0;
   // Lines whose text is no calendar time, or no local time in the zone.
   std::vector<std::uint64_t> unreadable;
+  // The segment each text's record is shown with, by line, in input order:
+  // a text that gives no offset keeps the segment before it.
+  struct text_segment {
+    std::uint64_t line = 0;
+    std::uint32_t segment = 0;
+  };
+  std::vector<text_segment> segment_of;
+
+  // The pair a record's calendar time is shown with; none before any
+  // segment.
+  std::optional<zol::timesync_pair> pair_at(std::uint64_t line) const;
 
   std::optional<zol::timesync_pair> pair() const;
   bool one_pair() const noexcept { return segments.size() <= 1 && unreadable.empty(); }
@@ -122,6 +133,10 @@ class clock_follower final : public zol::clock_source {
 
   const std::vector<clock_segment>& segments() const noexcept { return segments_; }
   const std::vector<std::uint64_t>& unreadable() const noexcept { return unreadable_; }
+  // The segment of the record last given; none before the first.
+  std::optional<std::size_t> current_segment() const noexcept {
+    return segments_.empty() ? std::nullopt : std::optional(current_);
+  }
 
  private:
   year_preference preference_;

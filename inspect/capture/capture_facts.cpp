@@ -32,44 +32,48 @@ std::uint64_t category_rank(std::uint32_t category) {
 }
 
 void note_missing(harvest_facts& facts, const harvest_model& h, const capture_model& model) {
-  auto failure_about = [&](request about) -> std::string {
+  const auto failure_of = [&](request about) -> std::int64_t {
     for (const failure_line& f : h.failures)
-      if (f.about == about) return " (failure line " + std::to_string(f.line) + ")";
-    return "";
+      if (f.about == about) return static_cast<std::int64_t>(f.line);
+    return 0;
   };
-  if (!h.cut.empty()) facts.missing.push_back("the capture ends inside this harvest: " + h.cut);
-  if (h.stats && h.stats->damaged)
-    facts.missing.push_back("no statistics record (its block at line " + std::to_string(h.stats->line + 1) +
-                            " is damaged): the press cannot be shown");
-  else if (!h.stats || !h.stats->printed)
-    facts.missing.push_back("no statistics record" + failure_about(request::stats) +
-                            ": the press cannot be shown");
-  if (!h.profile_banner)
-    facts.missing.push_back("no profile step in the capture");
-  else if (h.profile.empty())
-    facts.missing.push_back("no profile records" + failure_about(request::profile_events) +
-                            ": no tracks, and nothing to check the press against");
-  if (!model.pair && !h.profile.empty())
-    facts.missing.push_back(
-        "no calendar time: the profile lines carry none and no --timesync was given");
+  const auto add = [&](problem found) { facts.missing.push_back(std::move(found)); };
+  if (!h.cut.empty()) add({.kind = problem_kind::harvest_incomplete, .subject = h.cut});
+  if (h.stats && h.stats->damaged) {
+    add({.kind = problem_kind::statistics_damaged,
+         .line = h.stats->line + 1,
+         .numbers = {static_cast<std::int64_t>(h.stats->line + 1), 0}});
+  } else if (!h.stats || !h.stats->printed) {
+    const std::int64_t failed = failure_of(request::stats);
+    add({.kind = failed ? problem_kind::statistics_failed : problem_kind::no_statistics,
+         .line = static_cast<std::uint64_t>(failed),
+         .numbers = {failed, 0}});
+  }
+  if (!h.profile_banner) {
+    add({.kind = problem_kind::no_profile_step});
+  } else if (h.profile.empty()) {
+    const std::int64_t failed = failure_of(request::profile_events);
+    add({.kind = failed ? problem_kind::profile_failed : problem_kind::no_profile_records,
+         .line = static_cast<std::uint64_t>(failed),
+         .numbers = {failed, 0}});
+  }
+  if (!model.pair && !h.profile.empty()) add({.kind = problem_kind::no_calendar_time});
   if (model.pair_given || model.clock.one_pair()) return;
   const recovered_clock& clock = model.clock;
   for (std::size_t i = 0; i < clock.segments.size(); ++i) {
     if (i == clock.main) continue;
     const clock_segment& segment = clock.segments[i];
-    facts.missing.push_back(
-        "the calendar times of " +
-        (segment.first_line == segment.last_line ? "line " + std::to_string(segment.first_line)
-                                                 : "lines " + std::to_string(segment.first_line) +
-                                                       "-" + std::to_string(segment.last_line)) +
-        " follow another clock pair (renewed, or edited) than the rest: times are shown with the "
-        "pair of the most");
+    problem found{.kind = problem_kind::other_clock_pair,
+                  .line = segment.first_line,
+                  .last_line = segment.last_line};
+    found.subject = found.where();
+    add(std::move(found));
   }
   if (!clock.unreadable.empty())
-    facts.missing.push_back(std::to_string(clock.unreadable.size()) +
-                            " calendar time" + (clock.unreadable.size() == 1 ? "" : "s") +
-                            " from line " + std::to_string(clock.unreadable.front()) +
-                            " name no local time in this time zone (set TZ to the phone's)");
+    add({.kind = problem_kind::calendar_not_local,
+         .line = clock.unreadable.front(),
+         .numbers = {static_cast<std::int64_t>(clock.unreadable.size()),
+                     static_cast<std::int64_t>(clock.unreadable.front())}});
 }
 
 // The axis the views draw on: around finger on, else around the records'
@@ -105,10 +109,14 @@ void place_on_axis(harvest_facts& facts) {
     extend(row.timestamp);
   }
   if (!facts.press) return;
-  for (press_point& p : facts.press->points) {
+  press_chain& press = *facts.press;
+  for (press_point& p : press.points) {
     p.on_axis = near(p.time);
-    if (p.on_axis) extend(p.time);
+    if (!p.on_axis) continue;
+    extend(p.time);
+    if (!press.origin || p.time < *press.origin) press.origin = p.time;
   }
+  if (press.stats.finger_on != 0) press.origin = press.stats.finger_on;
 }
 
 // Which reader printed each record: the reader marks where the profile
@@ -123,28 +131,53 @@ bool sources_known(const harvest_model& h) {
   return h.events_end && (*h.events_end < h.profile.size() || profiler_failed);
 }
 
+// The capture's damage within a harvest's lines; what no line places goes
+// with the last harvest, what comes before the first with the first.
+void place_damage(capture_model& model) {
+  if (model.harvests.empty()) return;
+  for (std::size_t i = 0; i < model.damage.size(); ++i) {
+    problem& d = model.damage[i];
+    std::size_t h = model.harvests.size() - 1;
+    if (d.line != 0) {
+      const auto after = std::upper_bound(
+          model.harvests.begin() + 1, model.harvests.end(), d.line,
+          [](std::uint64_t line, const harvest_model& harvest) { return line < harvest.line; });
+      h = static_cast<std::size_t>(after - model.harvests.begin()) - 1;
+    }
+    d.harvest = h;
+    harvest_facts& facts = model.harvests[h].facts;
+    facts.damage.push_back(i);
+    facts.damaged = facts.damaged || loses_input(d);
+  }
+}
+
 void gather(harvest_model& h, const capture_model& model) {
   harvest_facts& facts = h.facts;
   facts = {};
   const bool known = sources_known(h);
+  if (known) facts.source_split = h.events_end;
   std::map<std::pair<std::uint64_t, std::uint32_t>, lane> lanes;
   std::map<std::uint32_t, category_count> categories;
   std::map<record_source, source_count> sources;
   facts.records.reserve(h.profile.size());
   for (std::size_t i = 0; i < h.profile.size(); ++i) {
-    profile_entry& entry = h.profile[i];
+    const profile_entry& entry = h.profile[i];
     const zol::profile_record record(entry.bytes.data());
-    entry.source = !known                ? record_source::unknown
-                   : i < *h.events_end ? record_source::profile_service
-                                         : record_source::profiler_log;
     record_row row;
     row.entry = i;
     row.line = entry.line;
     row.type_word = record.type_word();
     row.sequence = record.sequence_number();
     row.timestamp = record.timestamp();
-    row.source = entry.source;
+    row.source = !facts.source_split      ? record_source::unknown
+                 : i < *facts.source_split ? record_source::profile_service
+                                           : record_source::profiler_log;
+    if (model.pair_given)
+      row.pair = model.pair;
+    else if (entry.calendar_text)
+      row.pair = model.clock.pair_at(entry.line);
     facts.records.push_back(row);
+    facts.span.add(row.timestamp);
 
     lane& l = lanes[{category_rank(row.category()), row.component()}];
     if (l.span.count == 0) {
@@ -170,6 +203,13 @@ void gather(harvest_model& h, const capture_model& model) {
   for (auto& [key, c] : categories) facts.categories.push_back(std::move(c));
   for (auto& [key, s] : sources) facts.sources.push_back(s);
   facts.runs = build_runs(h, facts);
+  facts.sequence.runs = facts.runs.size();
+  for (const sequence_run& run : facts.runs) {
+    facts.sequence.records += run.records;
+    facts.sequence.lost += run.lost;
+    facts.sequence.repeated += run.repeats.size();
+    facts.sequence.out_of_order += run.out_of_order;
+  }
 
   if (h.stats && h.stats->printed)
     facts.press = build_press_chain(facts, read_press_stats(h.stats->record));
@@ -236,7 +276,15 @@ std::optional<std::string> calendar_of(const capture_model& model, std::uint64_t
 
 
 void gather_facts(capture_model& model) {
-  for (harvest_model& harvest : model.harvests) gather(harvest, model);
+  for (std::size_t i = 0; i < model.harvests.size(); ++i) {
+    harvest_facts& facts = model.harvests[i].facts;
+    gather(model.harvests[i], model);
+    for (problem& p : facts.missing) p.harvest = i;
+    if (!facts.press) continue;
+    for (problem& p : facts.press->notes) p.harvest = i;
+    for (problem& p : facts.press->disagreements) p.harvest = i;
+  }
+  place_damage(model);
 }
 
 }  // namespace inspect

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "inspect/capture/press_stats.h"
+#include "inspect/input/problems.h"
 #include "liblog_zol/clock_source.h"
 
 namespace inspect {
@@ -30,6 +31,8 @@ struct record_row {
   std::uint64_t timestamp = 0;
   record_source source = record_source::unknown;
   bool on_axis = true;  // within reach of the press: see axis_reach_us
+  // The clock pair its calendar time is shown with; none without one.
+  std::optional<zol::timesync_pair> pair;
 
   std::uint32_t category() const noexcept { return type_word >> 24; }
   std::uint32_t component() const noexcept { return (type_word >> 16) & 0xff; }
@@ -135,6 +138,9 @@ struct press_step {
   std::size_t from = 0;  // in press_chain::points
   std::size_t to = 0;
   std::optional<std::uint64_t> latency_field;  // the record's own latency, if it has one
+  // The same step between the two points' checkpoint records, when both
+  // have one.
+  std::optional<std::int64_t> checkpoint_latency;
 };
 
 // "finger on", "click 1 down", "click 1 down asset".
@@ -145,14 +151,25 @@ std::string step_label(const press_step& step);
 bool click_point(point_kind kind) noexcept;
 bool asset_point(point_kind kind) noexcept;
 
+// Finger on to finger off, when the record has both and the finger left
+// after it came.
+struct touch_interval {
+  std::uint64_t on = 0;
+  std::uint64_t off = 0;
+};
+
 struct press_chain {
   press_stats stats;
   unsigned clicks = 0;  // clicks shown: the count, at most the record's three
   std::vector<press_point> points;
   std::vector<press_step> steps;
+  std::optional<touch_interval> touch;
+  // Where the press's time axis counts from: finger on, else its earliest
+  // point on the axis.
+  std::optional<std::uint64_t> origin;
   bool checked = false;  // some point has a checkpoint to compare with
-  std::vector<std::string> disagreements;
-  std::vector<std::string> notes;
+  std::vector<problem> disagreements;
+  std::vector<problem> notes;
 
   std::uint64_t duration(const press_step& step) const noexcept {
     return points[step.to].time - points[step.from].time;
@@ -171,14 +188,33 @@ inline constexpr std::uint64_t checkpoint_window_us = 5000;
 // timestamp, a record years older than the rest. Views show them apart.
 inline constexpr std::uint64_t axis_reach_us = 3600ull * 1000000;
 
+// The sequence runs added up.
+struct sequence_totals {
+  std::uint64_t runs = 0;
+  std::uint64_t records = 0;
+  std::uint64_t lost = 0;
+  std::uint64_t repeated = 0;
+  std::uint64_t out_of_order = 0;
+};
+
 struct harvest_facts {
   std::vector<record_row> records;  // capture order
   std::vector<lane> lanes;          // display order
   std::vector<category_count> categories;
+  // Records before this index came from the "profile" service, the rest
+  // from the profiler log; none when the capture does not say.
+  std::optional<std::size_t> source_split;
   std::vector<source_count> sources;  // empty when the capture does not say
   std::vector<sequence_run> runs;
+  sequence_totals sequence;
+  // Of every record, whatever the axis.
+  time_span span;
   std::optional<press_chain> press;
-  std::vector<std::string> missing;
+  std::vector<problem> missing;
+  // The capture's damage within this harvest's lines (indices in
+  // capture_model::damage); what no line places goes with the last harvest.
+  std::vector<std::size_t> damage;
+  bool damaged = false;  // some of it lost part of the input
   // Of the times on the axis: the earliest and latest record's, and the
   // earliest and latest anything shown has; none for an empty harvest.
   std::optional<std::uint64_t> first_record;

@@ -57,7 +57,6 @@ struct profile_entry {
   std::uint64_t last_line = 0;  // a text with line ends runs over several
   std::array<std::uint8_t, 48> bytes{};
   std::optional<std::string> calendar_text;
-  record_source source = record_source::unknown;
 };
 
 struct assets_block {
@@ -127,7 +126,7 @@ struct capture_model {
   bool pair_given = false;  // --timesync
   // The zone the calendar texts were printed in.
   const zol::local_zone* zone = &zol::c_library_zone();
-  std::vector<inspect::damage> damage;
+  std::vector<inspect::problem> damage;
   bool lost = false;  // some damage lost part of the capture
 };
 

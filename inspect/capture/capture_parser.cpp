@@ -34,7 +34,7 @@ capture_parser::capture_parser(std::vector<capture_line> lines, std::vector<capt
     failure_parse parsed;
     std::string why;
     if (parse_failure_line(line.text, parsed, why)) return false;
-    add_damage(line.number, 0, why, "line skipped");
+    add_damage({.kind = problem_kind::bad_failure_line, .line = line.number, .reason = why});
     return true;
   });
   model_.has_stderr = std::any_of(lines_.begin(), lines_.end(), [](const capture_line& line) {
@@ -51,9 +51,8 @@ bool capture_parser::at_banner(request about) const {
   return !done() && lines_[at_].kind == token_kind::banner && lines_[at_].request == row_of(about);
 }
 
-void capture_parser::add_damage(std::uint64_t line, std::uint64_t last, std::string fault,
-                                std::string outcome) {
-  damage_.add({line, last, {}, std::move(fault), std::move(outcome), true});
+void capture_parser::add_damage(problem found) {
+  damage_.add(std::move(found));
 }
 
 bool capture_parser::parse_failure(std::size_t at, failure_parse& parsed) const {
@@ -72,10 +71,8 @@ bool capture_parser::take_failure(failure_parse& parsed) {
   if (base_open_) hex_numbers_ = parsed.hex_line_number;
   base_open_ = false;
   if (parsed.hex_line_number != hex_numbers_)
-    add_damage(parsed.failure.line, 0,
-               hex_numbers_ ? "line number in decimal after a failure line set hexadecimal"
-                            : "line number in hexadecimal before any failure line set it",
-               "read as it stands");
+    add_damage({.kind = hex_numbers_ ? problem_kind::decimal_after_hex : problem_kind::hex_before_set,
+                .line = parsed.failure.line});
   if (parsed.has_value) hex_numbers_ = true;
   ++at_;
   return true;
@@ -108,8 +105,7 @@ void capture_parser::take_access(request about, access_result& result) {
     // failed all the same.
     const layouts::failure_site& step = request_row(about).step_failure;
     if (step.line != 0 && peek_failure({&step, 1}, parsed)) {
-      add_damage(number(), 0, "the access layer's line before this one is missing",
-                 "read as a refusal");
+      add_damage({.kind = problem_kind::access_line_missing, .line = number()});
       result = {call_outcome::refused, parsed.failure.value, number()};
     }
     return;
@@ -138,13 +134,12 @@ bool capture_parser::take_step_failure(request about, const access_result& acces
       cut_harvest(expected);
       return false;
     }
-    add_damage(number(), 0, expected + " is missing", "the request is taken as failed");
+    add_damage({.kind = problem_kind::step_line_missing, .line = number(), .subject = expected});
     return true;
   }
   take_failure(parsed);
   if (parsed.failure.value != access.step_value())
-    add_damage(parsed.failure.line, 0, "the step's failure carries another result than the request's",
-               "read as it stands");
+    add_damage({.kind = problem_kind::failure_result_differs, .line = parsed.failure.line});
   keep(std::move(parsed.failure), about);
   return true;
 }
@@ -159,16 +154,17 @@ std::vector<std::string_view> capture_parser::block(std::size_t count) const {
 void capture_parser::skip_block(std::uint64_t first, const std::string& what, const std::string& why) {
   std::uint64_t last = first;
   while (!done() && lines_[at_].kind == token_kind::text) last = lines_[at_++].number;
-  add_damage(first, last, what + " cannot be read: " + why, "passed over");
+  add_damage(
+      {.kind = problem_kind::block_unreadable, .line = first, .last_line = last, .subject = what, .reason = why});
 }
 
 void capture_parser::cut_harvest(const std::string& expected) {
   const std::size_t index = static_cast<std::size_t>(harvest_ - model_.harvests.data()) + 1;
   harvest_->cut = "at line " + std::to_string(number()) + ", where " + expected + " belongs";
-  add_damage(number(), 0,
-             "the capture ends inside harvest " + std::to_string(index) + ", where " + expected +
-                 " belongs",
-             "the rest of the harvest is missing");
+  add_damage({.kind = problem_kind::harvest_cut_short,
+              .line = number(),
+              .subject = expected,
+              .numbers = {static_cast<std::int64_t>(index), 0}});
 }
 
 // Which request a line that the grammar knows belongs to. A one-shot
@@ -217,8 +213,7 @@ bool capture_parser::recover(std::size_t here, const std::string& expected) {
   const harvest_request& entry = layouts::harvest_requests[here];
   if (lines_[at_].kind == token_kind::text && !entry.banner.empty() &&
       expected.starts_with("the banner") && block_starts(here, at_ + 1)) {
-    add_damage(number(), 0, "not the banner \"" + std::string(entry.banner) + "\"",
-               "taken for it (spoiled)");
+    add_damage({.kind = problem_kind::spoiled_banner, .line = number(), .subject = std::string(entry.banner)});
     lines_[at_].kind = token_kind::banner;
     lines_[at_].request = here;
     return true;
@@ -228,30 +223,31 @@ bool capture_parser::recover(std::size_t here, const std::string& expected) {
     if (first == 0) first = number();
     last = lines_[at_++].number;
   }
-  if (first != 0) add_damage(first, last, expected + " expected here", "passed over");
+  if (first != 0)
+    add_damage({.kind = problem_kind::unexpected_text, .line = first, .last_line = last, .subject = expected});
   if (done()) {
     cut_harvest(expected);
     return false;
   }
   const std::size_t row = anchor_row(at_).value_or(here);
   if (row == here) {
-    if (first == 0) add_damage(number(), 0, expected + " is missing", "read on");
+    if (first == 0) add_damage({.kind = problem_kind::part_missing, .line = number(), .subject = expected});
     return true;
   }
   if (row > here) {
-    add_damage(number(), 0,
-               expected + " is missing, and what follows it up to \"" +
-                   std::string(layouts::harvest_requests[row].label) + "\"",
-               "read on from there");
+    add_damage({.kind = problem_kind::parts_missing,
+                .line = number(),
+                .subject = expected,
+                .object = std::string(layouts::harvest_requests[row].label)});
     jump_ = row;
     return false;
   }
   const std::size_t index = static_cast<std::size_t>(harvest_ - model_.harvests.data()) + 1;
   harvest_->cut = "at line " + std::to_string(number()) + ", where a new harvest starts";
-  add_damage(number(), 0,
-             "harvest " + std::to_string(index) + " ends where " + expected +
-                 " belongs: a new harvest starts here",
-             "the rest of the harvest is missing");
+  add_damage({.kind = problem_kind::harvest_ends_early,
+              .line = number(),
+              .subject = expected,
+              .numbers = {static_cast<std::int64_t>(index), 0}});
   return false;
 }
 
@@ -303,7 +299,7 @@ void capture_parser::run() {
     // A line no harvest can start with, where one would: passed over, so
     // that the reading always goes on.
     model_.harvests.pop_back();
-    add_damage(number(), 0, "a line no harvest starts with", "passed over");
+    add_damage({.kind = problem_kind::stray_line, .line = number()});
     ++at_;
   }
   if (model_.harvests.empty()) {

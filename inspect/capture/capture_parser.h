@@ -85,7 +85,7 @@ class capture_parser {
   // Where a request that printed nothing may have failed out of sight: at
   // the end or at a line the grammar knows, not inside damage.
   bool at_known_line() const { return done() ? !cut_short_ : lines_[at_].kind != token_kind::text; }
-  void add_damage(std::uint64_t line, std::uint64_t last, std::string fault, std::string outcome);
+  void add_damage(problem found);
   bool read_harvest();
   // The harvest cannot go on at the cursor: damage is told, the lines that
   // no step knows are passed over. True: go on at `here` (the lines expected

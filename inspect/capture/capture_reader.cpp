@@ -57,12 +57,11 @@ void capture_parser::check_profile_lines() {
     printer.clear();
     decode_profile_record(printer, record->bytes.data(), none);
     if (!prints_line(printer.view(), record->text, record->calendar_text))
-      add_damage(record->line, record->last_line > record->line ? record->last_line : 0,
-                 "profile line is not what its binary-data prints", "read from its binary-data");
+      add_damage({.kind = problem_kind::profile_text_differs,
+                  .line = record->line,
+                  .last_line = record->last_line > record->line ? record->last_line : 0});
     else if (!valid_utf8(record->text))
-      add_damage(record->line, 0,
-                 "the collector prints no line for a record whose text is not UTF-8",
-                 "read from its binary-data");
+      add_damage({.kind = problem_kind::record_text_not_utf8, .line = record->line});
     if (record->calendar_text)
       texts.push_back({zol::profile_record(record->bytes.data()).timestamp(), *record->calendar_text,
                        record->line});
@@ -72,6 +71,14 @@ void capture_parser::check_profile_lines() {
 
 bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
                   const capture_options& options, capture_model& model, input_fault& fault) {
+  std::optional<opened_input> input =
+      open_input(std::move(source), file, {input_form::harvest, options.progress}, fault);
+  if (!input) return false;
+  return read_capture(std::move(*input), file, options, model, fault);
+}
+
+bool read_capture(opened_input input, const std::string& file, const capture_options& options,
+                  capture_model& model, input_fault& fault) {
   model = {};
   model.input = file;
   const zone_rules* zone = zone_named(options.zone);
@@ -80,17 +87,14 @@ bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
     return false;
   }
   model.zone = zone;
-  std::optional<opened_input> input =
-      open_input(std::move(source), file, {input_form::harvest, options.progress}, fault);
-  if (!input) return false;
-  if (const std::optional<input_form> form = detect_form(input->buffer->data());
+  if (const std::optional<input_form> form = detect_form(input.buffer->data());
       form && *form != input_form::harvest) {
     fault = {file, "", "not a harvest capture: it holds " + std::string(form_of(*form).name) +
                            " records (decode and records read them)"};
     return false;
   }
   damage_log damage(file, options.messages);
-  token_reader tokens(input_form::harvest, std::move(input->buffer), damage, false);
+  token_reader tokens(input_form::harvest, std::move(input.buffer), damage, false);
   text_arena arena;
   std::vector<capture_line> lines;
   std::vector<capture_record> records;

@@ -13,6 +13,7 @@
 #include "inspect/capture/capture_model.h"
 #include "inspect/input/byte_source.h"
 #include "inspect/input/input_damage.h"
+#include "inspect/input/input_reader.h"
 
 namespace inspect {
 
@@ -30,5 +31,8 @@ bool read_capture(const std::string& file, const capture_options& options, captu
                   input_fault& fault);
 bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
                   const capture_options& options, capture_model& model, input_fault& fault);
+// An input already opened (its form told).
+bool read_capture(opened_input input, const std::string& file, const capture_options& options,
+                  capture_model& model, input_fault& fault);
 
 }  // namespace inspect

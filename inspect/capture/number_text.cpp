@@ -25,10 +25,13 @@ std::string hex_bytes(std::span<const std::uint8_t> bytes) {
 std::string milliseconds_text(std::int64_t microseconds) {
   const std::uint64_t magnitude = microseconds < 0 ? 0 - static_cast<std::uint64_t>(microseconds)
                                                    : static_cast<std::uint64_t>(microseconds);
+  return (microseconds < 0 ? "-" : "") + duration_ms_text(magnitude);
+}
+
+std::string duration_ms_text(std::uint64_t microseconds) {
   char text[32];
-  std::snprintf(text, sizeof text, "%s%llu.%03llu", microseconds < 0 ? "-" : "",
-                static_cast<unsigned long long>(magnitude / 1000),
-                static_cast<unsigned long long>(magnitude % 1000));
+  std::snprintf(text, sizeof text, "%llu.%03llu", static_cast<unsigned long long>(microseconds / 1000),
+                static_cast<unsigned long long>(microseconds % 1000));
   return text;
 }
 

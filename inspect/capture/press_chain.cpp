@@ -7,13 +7,14 @@
 namespace inspect {
 namespace {
 
-// The checkpoint ids the statistics record has times for.
-constexpr std::uint32_t ckp_finger_on = 0;
-constexpr std::uint32_t ckp_finger_off = 1;
-constexpr std::uint32_t ckp_button_down = 2;
-constexpr std::uint32_t ckp_button_up = 3;
-constexpr std::uint32_t ckp_start_haptics = 5;
-constexpr std::uint32_t ckp_play_asset = 7;
+using zol::ckp_button_down;
+using zol::ckp_button_up;
+using zol::ckp_finger_off;
+using zol::ckp_finger_on;
+using zol::ckp_play_asset;
+using zol::ckp_start_haptics;
+
+std::int64_t signed_number(std::uint64_t value) { return static_cast<std::int64_t>(value); }
 
 // The checkpoint records of each id, and which are taken.
 class checkpoint_index {
@@ -85,10 +86,10 @@ class chain_builder {
     const std::uint64_t count = s.click_count;
     chain_.clicks = static_cast<unsigned>(std::min<std::uint64_t>(count, clicks_in_record));
     if (count > clicks_in_record)
-      chain_.notes.push_back("the click count is " + std::to_string(count) +
-                             ", but the record holds times for " +
-                             std::to_string(clicks_in_record) + " clicks");
-    if (count == 0) chain_.notes.push_back("the statistics record counts no click");
+      note({.kind = problem_kind::clicks_beyond_record,
+            .numbers = {signed_number(count), signed_number(clicks_in_record)}});
+    if (count == 0) note({.kind = problem_kind::no_click});
+    if (s.finger_on != 0 && s.finger_off > s.finger_on) chain_.touch = touch_interval{s.finger_on, s.finger_off};
 
     const auto finger_on = point(point_kind::finger_on, 0, s.finger_on, ckp_finger_on);
     point(point_kind::start_haptics, 0, s.start_haptics, ckp_start_haptics);
@@ -103,7 +104,8 @@ class chain_builder {
   }
 
  private:
-  std::string click_name(unsigned k) const { return "click " + std::to_string(k + 1); }
+  void note(problem found) { chain_.notes.push_back(std::move(found)); }
+  void disagree(problem found) { chain_.disagreements.push_back(std::move(found)); }
 
   // The index of a new point, or none when the record has no time for it.
   std::optional<std::size_t> point(point_kind kind, unsigned click, std::uint64_t time,
@@ -133,17 +135,15 @@ class chain_builder {
 
   void add_click(unsigned k, std::optional<std::size_t> finger_on) {
     const press_stats& s = chain_.stats;
-    const std::string name = click_name(k);
     const auto down = point(point_kind::button_down, k, s.button[2 * k], ckp_button_down);
     const auto up = point(point_kind::button_up, k, s.button[2 * k + 1], ckp_button_up);
     const auto down_asset = point(point_kind::down_asset, k, s.asset[2 * k], ckp_play_asset);
     const auto up_asset = point(point_kind::up_asset, k, s.asset[2 * k + 1], ckp_play_asset);
-    if (!down) chain_.notes.push_back(name + ": the record has no button-down time");
-    if (!up) chain_.notes.push_back(name + ": the record has no button-up time");
-    if (down && !down_asset)
-      chain_.notes.push_back(name + ": the record has no time for the button-down asset");
-    if (up && !up_asset)
-      chain_.notes.push_back(name + ": the record has no time for the button-up asset");
+    const std::array<std::int64_t, 2> click = {k + 1, 0};
+    if (!down) note({.kind = problem_kind::no_button_down, .numbers = click});
+    if (!up) note({.kind = problem_kind::no_button_up, .numbers = click});
+    if (down && !down_asset) note({.kind = problem_kind::no_down_asset, .numbers = click});
+    if (up && !up_asset) note({.kind = problem_kind::no_up_asset, .numbers = click});
 
     const std::optional<std::uint64_t> fd_latency =
         k == 0 ? std::optional<std::uint64_t>(s.latency_fd_to_down) : std::nullopt;
@@ -155,10 +155,7 @@ class chain_builder {
 
   void check_points() {
     if (checkpoints_.empty()) {
-      chain_.notes.push_back(facts_.records.empty()
-                                 ? "no profile records: nothing to check the statistics against"
-                                 : "no checkpoint records (pkey latency): the statistics are "
-                                   "not checked");
+      note({.kind = facts_.records.empty() ? problem_kind::nothing_to_check : problem_kind::no_checkpoints});
       return;
     }
     for (const press_point& p : chain_.points) {
@@ -166,32 +163,37 @@ class chain_builder {
       chain_.checked = chain_.checked || p.match;
       const std::string name = checkpoint_label(*p.checkpoint);
       if (!p.match) {
-        chain_.notes.push_back(point_label(p) + ": no " + name + " record within " +
-                               std::to_string(checkpoint_window_us / 1000) + " ms");
+        note({.kind = problem_kind::checkpoint_not_found,
+              .subject = point_label(p),
+              .object = name,
+              .numbers = {signed_number(checkpoint_window_us / 1000), 0}});
       } else if (checkpoint_index::magnitude(p.match->offset) > checkpoint_tolerance_us) {
-        chain_.disagreements.push_back(point_label(p) + ": " + name + " is " +
-                                       signed_micro_text(p.match->offset) +
-                                       " from the statistics record's time (more than " +
-                                       std::to_string(checkpoint_tolerance_us) + " µs)");
+        disagree({.kind = problem_kind::checkpoint_offset,
+                  .line = facts_.records[p.match->record].line,
+                  .subject = point_label(p),
+                  .object = name,
+                  .numbers = {p.match->offset, signed_number(checkpoint_tolerance_us)}});
       }
     }
   }
 
   void check_steps() {
-    for (const press_step& s : chain_.steps) {
+    for (press_step& s : chain_.steps) {
       const press_point& from = chain_.points[s.from];
       const press_point& to = chain_.points[s.to];
+      if (from.match && to.match)
+        s.checkpoint_latency = signed_number(to.match->timestamp) - signed_number(from.match->timestamp);
       if (to.time < from.time) {
-        chain_.disagreements.push_back(step_label(s) + ": " + point_label(to) + " (" +
-                                       std::to_string(to.time) + " µs) comes before " +
-                                       point_label(from) + " (" + std::to_string(from.time) + " µs)");
+        disagree({.kind = problem_kind::step_backwards,
+                  .subject = step_label(s),
+                  .object = point_label(to),
+                  .numbers = {signed_number(to.time), signed_number(from.time)}});
         continue;
       }
       if (s.latency_field && *s.latency_field != to.time - from.time)
-        chain_.disagreements.push_back(step_label(s) + ": the record's latency is " +
-                                       std::to_string(*s.latency_field) +
-                                       " µs, its timestamps are " +
-                                       std::to_string(to.time - from.time) + " µs apart");
+        disagree({.kind = problem_kind::latency_field_differs,
+                  .subject = step_label(s),
+                  .numbers = {signed_number(*s.latency_field), signed_number(to.time - from.time)}});
     }
     // Steps that run backwards cannot be drawn.
     std::erase_if(chain_.steps, [&](const press_step& s) {
@@ -202,14 +204,15 @@ class chain_builder {
   // Button edges the controller logged during the press that the record
   // does not count.
   void check_leftovers() {
-    const press_stats& s = chain_.stats;
-    if (s.finger_on == 0 || s.finger_off <= s.finger_on) return;
+    if (!chain_.touch) return;
     for (const std::uint32_t id : {ckp_button_down, ckp_button_up}) {
-      for (const std::size_t record : checkpoints_.left_between(id, s.finger_on, s.finger_off))
-        chain_.disagreements.push_back(checkpoint_label(id) + " at " +
-                                       std::to_string(facts_.records[record].timestamp) +
-                                       " µs (line " + std::to_string(facts_.records[record].line) +
-                                       ") matches no click of the statistics record");
+      for (const std::size_t record : checkpoints_.left_between(id, chain_.touch->on, chain_.touch->off)) {
+        const record_row& row = facts_.records[record];
+        disagree({.kind = problem_kind::unmatched_edge,
+                  .line = row.line,
+                  .subject = checkpoint_label(id),
+                  .numbers = {signed_number(row.timestamp), signed_number(row.line)}});
+      }
     }
   }
 

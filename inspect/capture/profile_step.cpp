@@ -75,8 +75,7 @@ bool capture_parser::read_profile() {
       take_records(events_per_pass, reply);
       if (reply.size() != events_per_pass * profile_record_size ||
           std::any_of(reply.begin(), reply.end(), [](std::uint8_t b) { return b != 0; }))
-        add_damage(line, 0, "a zero connection to the profile service prints 1365 zeroed records",
-                   "read as printed");
+        add_damage({.kind = problem_kind::zeroed_profile_records, .line = line});
       add_call(about, call_outcome::zero_connection, 0, {}, access.line);
       continue;
     }
@@ -179,8 +178,7 @@ void capture_parser::read_profiler() {
     const std::uint64_t first = number();
     std::vector<std::uint8_t> extra;
     take_records(events.passes * events_per_pass, extra);
-    add_damage(first, number() - 1, "more profile lines than the two readers print",
-               "read, though no phone prints them");
+    add_damage({.kind = problem_kind::extra_profile_lines, .line = first, .last_line = number() - 1});
   }
 }
 

@@ -30,24 +30,29 @@ std::vector<timed_text> first_texts(std::string_view start, std::vector<std::str
 
 }  // namespace
 
-int for_each_record(const stream_options& options,
-                    const std::function<void(const stream_record&)>& each) {
+std::optional<opened_input> open_stream(const stream_options& options, std::FILE* messages) {
   input_fault fault;
   std::unique_ptr<byte_source> source = open_file(options.input, fault);
-  if (!source) {
-    std::fprintf(stderr, "%s\n", fault_line(fault).c_str());
-    return 2;
+  std::optional<opened_input> input;
+  if (source) {
+    input_settings settings;
+    settings.form = options.form;
+    if (options.progress && isatty(fileno(messages))) settings.progress = messages;
+    input = open_input(std::move(source), options.input, settings, fault);
   }
-  return for_each_record(std::move(source), options, stderr, each);
+  if (!input) std::fprintf(messages, "%s\n", fault_line(fault).c_str());
+  return input;
+}
+
+int for_each_record(const stream_options& options,
+                    const std::function<void(const stream_record&)>& each) {
+  std::optional<opened_input> input = open_stream(options, stderr);
+  if (!input) return 2;
+  return for_each_record(std::move(*input), options, stderr, each);
 }
 
 int for_each_record(std::unique_ptr<byte_source> source, const stream_options& options,
                     std::FILE* messages, const std::function<void(const stream_record&)>& each) {
-  const zone_rules* zone = zone_named(options.zone);
-  if (zone == nullptr) {
-    std::fprintf(messages, "%s\n", fault_line({options.input, "", unknown_zone_text(options.zone)}).c_str());
-    return 2;
-  }
   input_settings settings;
   settings.form = options.form;
   if (options.progress && isatty(fileno(messages))) settings.progress = messages;
@@ -57,7 +62,19 @@ int for_each_record(std::unique_ptr<byte_source> source, const stream_options& o
     std::fprintf(messages, "%s\n", fault_line(fault).c_str());
     return 2;
   }
+  return for_each_record(std::move(*input), options, messages, each);
+}
+
+int for_each_record(opened_input opened, const stream_options& options, std::FILE* messages,
+                    const std::function<void(const stream_record&)>& each) {
+  std::optional<opened_input> input(std::move(opened));
   const input_form form = input->form;
+  const zone_rules* zone = zone_named(options.zone);
+  if (zone == nullptr) {
+    std::fprintf(messages, "%s\n",
+                 fault_line({options.input, "", unknown_zone_text(options.zone)}).c_str());
+    return 2;
+  }
 
   zol::no_clock none;
   std::optional<zol::fixed_clock> fixed;
@@ -81,7 +98,7 @@ int for_each_record(std::unique_ptr<byte_source> source, const stream_options& o
     } else if (follower) {
       if (!follower->next_record(zol::profile_record(record.bytes.data()).timestamp(),
                                  record.calendar_text, record.line, note))
-        damage.add({record.line, 0, {}, note, "its calendar time follows the pair before it", false});
+        damage.add({.kind = problem_kind::calendar_follows_pair_before, .line = record.line, .reason = note});
       clock = &*follower;
     }
     each({record, ordinal++, *clock, *zone});

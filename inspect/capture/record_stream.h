@@ -13,6 +13,7 @@
 #include "inspect/capture/capture_clock.h"
 #include "inspect/input/byte_source.h"
 #include "inspect/input/input_forms.h"
+#include "inspect/input/input_reader.h"
 #include "inspect/input/record_lines.h"
 #include "liblog_zol/clock_source.h"
 
@@ -44,5 +45,12 @@ int for_each_record(const stream_options& options,
 // and progress.
 int for_each_record(std::unique_ptr<byte_source> source, const stream_options& options,
                     std::FILE* messages, const std::function<void(const stream_record&)>& each);
+// The same over an input whose form is told.
+int for_each_record(opened_input input, const stream_options& options, std::FILE* messages,
+                    const std::function<void(const stream_record&)>& each);
+
+// The input opened and its form told as the stream reads it; none after
+// the fault line on `messages`.
+std::optional<opened_input> open_stream(const stream_options& options, std::FILE* messages);
 
 }  // namespace inspect

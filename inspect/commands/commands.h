@@ -12,6 +12,7 @@
 #include "inspect/capture/capture_reader.h"
 #include "inspect/capture/record_stream.h"
 #include "inspect/outputs/compare_facts.h"
+#include "inspect/outputs/table_rows.h"
 
 namespace inspect {
 
@@ -68,5 +69,32 @@ struct tables_settings {
   bool progress = true;
 };
 int run_tables(const tables_settings& settings);
+
+// What one capture gives the tables: its rows, and what to say of it.
+struct capture_rows {
+  table_rows rows;
+  std::string said;  // a line for standard error, or empty
+  bool damaged = false;
+};
+capture_rows read_capture_rows(const std::string& path, const capture_options& reading);
+
+// Directories searched recursively, their files in name order; false after
+// a line on standard error when one cannot be searched.
+bool expand_inputs(const std::vector<std::string>& inputs, std::vector<std::string>& files);
+
+// Two fleets compared metric by metric: 0 nothing regressed, 1 something
+// regressed, 3 nothing regressed but something is unknown, 2 an input could
+// not be read.
+struct gate_settings {
+  std::string baseline;
+  std::string candidate;        // empty with `by`
+  std::string by;               // "build=A,B": one dataset split by a label
+  std::vector<std::string> budgets;  // NAME=+2%, NAME=+50us
+  capture_options reading;
+  std::string output = "-";
+  enum class form { text, json, page } shape = form::text;
+  bool progress = true;
+};
+int run_gate(const gate_settings& settings);
 
 }  // namespace inspect

@@ -194,6 +194,64 @@ bool finish_compare(compare_cli& cli) {
   return finish_clock(cli.clock, s.reading.timesync, s.reading.years, s.reading.zone);
 }
 
+// gate: two fleets, metric by metric, and a verdict.
+constexpr const char* gate_statuses =
+    "Exit status: 0 when nothing regressed (every metric same or improved), 1 when something "
+    "regressed, 3 when nothing regressed but something is unknown (measure more), 2 when an "
+    "input could not be read (or bad options).";
+
+struct gate_cli {
+  inspect::gate_settings settings;
+  std::optional<int> year;
+  std::string zone;
+  bool json = false;
+  bool html = false;
+  bool no_progress = false;
+};
+
+void add_gate(CLI::App& command, gate_cli& cli) {
+  command.add_option("BASELINE", cli.settings.baseline,
+                     "The fleet compared with: a dataset of tables or kelvra-fleet (a folder, "
+                     "partitions below it), or captures, archives and folders as tables reads "
+                     "them; with --by, the one dataset")
+      ->required();
+  command.add_option("CANDIDATE", cli.settings.candidate, "The fleet compared, read the same way");
+  command.add_option("--by", cli.settings.by,
+                     "LABEL=A,B: one dataset split by a label of its harvests (or a LABEL=value "
+                     "folder), A the baseline, B the candidate");
+  command.add_option("--budget", cli.settings.budgets,
+                     "NAME=+2% or NAME=+50us: the change of a metric, or of a family of them, "
+                     "too small to matter; repeatable")
+      ->allow_extra_args(false);
+  command.add_option("--year", cli.year,
+                     "For captures: the year of their first calendar times (default: the latest "
+                     "that fits, back from this one)")
+      ->check(CLI::Range(1969, 2555));
+  add_zone(command, cli.zone);
+  add_output(command, cli.settings.output, cli.no_progress);
+  CLI::Option* json = command.add_flag("--json", cli.json, "One JSON object instead of text");
+  command.add_flag("--html", cli.html, "One self-contained HTML page drawing both fleets")
+      ->excludes(json);
+}
+
+// False after saying why: two fleets, or one and --by.
+bool finish_gate(gate_cli& cli) {
+  inspect::gate_settings& s = cli.settings;
+  if (s.by.empty() == s.candidate.empty()) {
+    std::fprintf(stderr, "kelvra-inspect gate: give BASELINE and CANDIDATE, or one dataset "
+                         "and --by LABEL=A,B\n");
+    return false;
+  }
+  using form = inspect::gate_settings::form;
+  s.shape = cli.json ? form::json : cli.html ? form::page : form::text;
+  s.progress = !cli.no_progress;
+  s.reading.zone = cli.zone;
+  const inspect::zone_rules* zone = known_zone(cli.zone);
+  if (zone == nullptr) return false;
+  s.reading.years = {cli.year, current_year(*zone)};
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -278,8 +336,14 @@ int main(int argc, char** argv) {
   bool tables_quiet = false;
   tables->add_flag("--no-progress", tables_quiet, "No progress line on standard error");
 
+  gate_cli gate_settings;
+  CLI::App* gate = app.add_subcommand(
+      "gate", "Did the candidate regress? Two fleets compared metric by metric, with statistics");
+  add_gate(*gate, gate_settings);
+
   for (CLI::App* command : app.get_subcommands({})) command->footer(statuses);
   compare->footer(compare_statuses);
+  gate->footer(gate_statuses);
 
   try {
     app.parse(argc, argv);
@@ -320,6 +384,10 @@ int main(int argc, char** argv) {
   if (compare->parsed()) {
     if (!finish_compare(compare_settings)) return 2;
     return inspect::run_compare(compare_settings.settings);
+  }
+  if (gate->parsed()) {
+    if (!finish_gate(gate_settings)) return 2;
+    return inspect::run_gate(gate_settings.settings);
   }
   if (phone->parsed()) {
     if (!finish_whole(phone_settings)) return 2;

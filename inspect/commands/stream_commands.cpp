@@ -1,6 +1,10 @@
 // decode and records: the records of any input, as they stream past.
 
+#include <unistd.h>
+
+#include "inspect/capture/capture_reader.h"
 #include "inspect/commands/commands.h"
+#include "inspect/outputs/record_rows.h"
 #include "inspect/input/utf8.h"
 #include "inspect/outputs/output_buffer.h"
 #include "liblog_zol/ZOLProfile.h"
@@ -27,10 +31,38 @@ int run_decode(const stream_options& options, bool hex) {
   return out.finish(status);
 }
 
+namespace {
+
+// A harvest capture is read whole, so that each record's row says its
+// source and the tables' rows are the same.
+int harvest_records(opened_input input, const stream_options& options) {
+  capture_options reading;
+  reading.years = options.years;
+  reading.zone = options.zone;
+  reading.timesync = options.timesync;
+  if (options.progress && isatty(fileno(stderr))) reading.progress = stderr;
+  capture_model model;
+  input_fault fault;
+  if (!read_capture(std::move(input), options.input, reading, model, fault)) {
+    std::fprintf(stderr, "%s\n", fault_line(fault).c_str());
+    return 2;
+  }
+  output_buffer out(stdout);
+  std::uint64_t ordinal = 0;
+  for (std::size_t h = 0; h < model.harvests.size(); ++h)
+    write_record_rows(model, h, {}, ordinal, [&](std::string_view row) { out.line(row); });
+  return out.finish(model.lost ? 1 : 0);
+}
+
+}  // namespace
+
 int run_records(const stream_options& options) {
+  std::optional<opened_input> input = open_stream(options, stderr);
+  if (!input) return 2;
+  if (input->form == input_form::harvest) return harvest_records(std::move(*input), options);
   output_buffer out(stdout);
   zol::json_printer printer;
-  const int status = for_each_record(options, [&](const stream_record& record) {
+  const int status = for_each_record(std::move(*input), options, stderr, [&](const stream_record& record) {
     zol::record_origin origin;
     origin.ordinal = record.ordinal;
     printer.set_origin(origin);

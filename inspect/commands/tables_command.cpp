@@ -60,65 +60,6 @@ class table_file {
 
 constexpr const char* table_names[] = {"harvests", "records", "failures", "unreadable"};
 
-// What one capture gives: its rows, and what to say of it.
-struct capture_result {
-  table_rows rows;
-  std::string said;  // a line for standard error, or empty
-  bool damaged = false;
-};
-
-capture_result read_one(const std::string& path, const tables_settings& settings) {
-  capture_result result;
-  content_hash hash;
-  input_fault fault;
-  std::unique_ptr<byte_source> source = open_file(path, fault);
-  capture_model model;
-  capture_options options = settings.reading;
-  options.messages = nullptr;
-  options.progress = nullptr;
-  const bool read =
-      source && read_capture(hashing(std::move(source), hash), path, options, model, fault);
-  const std::string sha256 = hash.hex();
-  const capture_identity id{path, sha256};
-  if (!read) {
-    add_unreadable_row(id, fault, result.rows);
-    result.said = fault_line(fault);
-    result.damaged = true;
-    return result;
-  }
-  add_capture_rows(model, id, result.rows);
-  if (model.lost) {
-    result.damaged = true;
-    const auto lost = std::count_if(model.damage.begin(), model.damage.end(),
-                                    [](const damage& d) { return d.lost; });
-    result.said = "kelvra-inspect: " + input_label(path) + ": damaged in " + std::to_string(lost) +
-                  " place" + (lost == 1 ? "" : "s") + " (the harvests table says where)";
-  }
-  return result;
-}
-
-// Directories searched recursively, their files in name order.
-bool expand(const std::vector<std::string>& inputs, std::vector<std::string>& files) {
-  for (const std::string& input : inputs) {
-    std::error_code error;
-    if (input != "-" && fs::is_directory(input, error)) {
-      std::vector<std::string> found;
-      for (auto it = fs::recursive_directory_iterator(input, error);
-           !error && it != fs::recursive_directory_iterator(); it.increment(error))
-        if (it->is_regular_file(error)) found.push_back(it->path().string());
-      if (error) {
-        std::fprintf(stderr, "kelvra-inspect: %s: %s\n", input.c_str(), error.message().c_str());
-        return false;
-      }
-      std::sort(found.begin(), found.end());
-      files.insert(files.end(), found.begin(), found.end());
-    } else {
-      files.push_back(input);
-    }
-  }
-  return true;
-}
-
 bool read_list(const std::string& list, std::vector<std::string>& inputs) {
   std::ifstream file;
   std::istream* in = &std::cin;
@@ -139,11 +80,62 @@ bool read_list(const std::string& list, std::vector<std::string>& inputs) {
 
 }  // namespace
 
+capture_rows read_capture_rows(const std::string& path, const capture_options& reading) {
+  capture_rows result;
+  content_hash hash;
+  input_fault fault;
+  std::unique_ptr<byte_source> source = open_file(path, fault);
+  capture_model model;
+  capture_options options = reading;
+  options.messages = nullptr;
+  options.progress = nullptr;
+  const bool read =
+      source && read_capture(hashing(std::move(source), hash), path, options, model, fault);
+  const std::string sha256 = hash.hex();
+  const capture_identity id{path, sha256};
+  if (!read) {
+    add_unreadable_row(id, fault, result.rows);
+    result.said = fault_line(fault);
+    result.damaged = true;
+    return result;
+  }
+  add_capture_rows(model, id, result.rows);
+  if (model.lost) {
+    result.damaged = true;
+    const auto lost = std::count_if(model.damage.begin(), model.damage.end(),
+                                    [](const problem& d) { return loses_input(d); });
+    result.said = "kelvra-inspect: " + input_label(path) + ": damaged in " + std::to_string(lost) +
+                  " place" + (lost == 1 ? "" : "s") + " (the harvests table says where)";
+  }
+  return result;
+}
+
+bool expand_inputs(const std::vector<std::string>& inputs, std::vector<std::string>& files) {
+  for (const std::string& input : inputs) {
+    std::error_code error;
+    if (input != "-" && fs::is_directory(input, error)) {
+      std::vector<std::string> found;
+      for (auto it = fs::recursive_directory_iterator(input, error);
+           !error && it != fs::recursive_directory_iterator(); it.increment(error))
+        if (it->is_regular_file(error)) found.push_back(it->path().string());
+      if (error) {
+        std::fprintf(stderr, "kelvra-inspect: %s: %s\n", input.c_str(), error.message().c_str());
+        return false;
+      }
+      std::sort(found.begin(), found.end());
+      files.insert(files.end(), found.begin(), found.end());
+    } else {
+      files.push_back(input);
+    }
+  }
+  return true;
+}
+
 int run_tables(const tables_settings& settings) {
   std::vector<std::string> inputs = settings.inputs;
   if (!settings.files_from.empty() && !read_list(settings.files_from, inputs)) return 2;
   std::vector<std::string> files;
-  if (!expand(inputs, files)) return 2;
+  if (!expand_inputs(inputs, files)) return 2;
   if (settings.list) {
     for (const std::string& file : files) std::printf("%s\n", file.c_str());
     return std::fflush(stdout) == 0 ? 0 : 2;
@@ -180,7 +172,7 @@ int run_tables(const tables_settings& settings) {
         if (next >= files.size()) return;
         index = next++;
       }
-      const capture_result result = read_one(files[index], settings);
+      const capture_rows result = read_capture_rows(files[index], settings.reading);
       std::unique_lock<std::mutex> held(turn);
       turned.wait(held, [&] { return written == index; });
       damaged = damaged || result.damaged;

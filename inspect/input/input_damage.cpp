@@ -12,21 +12,15 @@ std::string fault_line(const input_fault& fault) {
   return line + fault.fault;
 }
 
-std::string damage::where() const {
-  if (byte) return "byte " + std::to_string(*byte);
-  if (line == 0) return {};
-  if (last_line > line) return "lines " + std::to_string(line) + "-" + std::to_string(last_line);
-  return "line " + std::to_string(line);
-}
-
-void damage_log::add(damage found) {
-  lost_ = lost_ || found.lost;
+void damage_log::add(problem found) {
+  lost_ = lost_ || loses_input(found);
   if (found_++ < told_at_most && messages_ != nullptr) {
     std::string text = "kelvra-inspect: " + input_label(file_) + ": ";
     if (const std::string where = found.where(); !where.empty()) text += where + ": ";
-    text += found.lost ? "warning: " : "note: ";
-    text += found.fault;
-    if (!found.outcome.empty()) text += "; " + found.outcome;
+    text += loses_input(found) ? "warning: " : "note: ";
+    text += problem_text(found);
+    if (const std::string_view outcome = problem_outcome(found); !outcome.empty())
+      text.append("; ").append(outcome);
     std::fprintf(messages_, "%s\n", text.c_str());
   }
   // A flood of damage keeps its count, not every entry.

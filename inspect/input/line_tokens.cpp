@@ -75,16 +75,14 @@ bool token_reader::join_record(const text_line& first, line_token& token) {
 void token_reader::note_header(std::uint64_t first_harvest_line) {
   started_ = true;
   if (first_harvest_line > 1)
-    damage_.add({1, first_harvest_line - 1, {}, "text before the first line of a harvest",
-                 "passed over", false});
+    damage_.add({.kind = problem_kind::text_before_harvest, .line = 1, .last_line = first_harvest_line - 1});
 }
 
 void token_reader::end_of_input() {
   ended_ = true;
   cut_short_ = cut_short_ || input_->read_fault().has_value();
   if (const auto& fault = input_->read_fault())
-    damage_.add({0, 0, input_->position(), "the input is cut short: " + *fault, "the rest is lost",
-                 true});
+    damage_.add({.kind = problem_kind::input_cut_short, .byte = input_->position(), .reason = *fault});
 }
 
 bool token_reader::next(line_token& token) {
@@ -99,7 +97,7 @@ bool token_reader::next(line_token& token) {
     if (line.too_long) {
       if (record_line && harvest && !started_) note_header(line.number);
       if (record_line || (harvest && started_))
-        damage_.add({line.number, 0, {}, "line longer than 65536 bytes", "skipped", true});
+        damage_.add({.kind = problem_kind::line_too_long, .line = line.number});
       continue;
     }
     cut_short_ = !line.ended;
@@ -114,8 +112,9 @@ bool token_reader::next(line_token& token) {
       token.record.line = token.record.last_line = line.number;
       if (form_.parse(line.text, token.record, fault_)) return true;
       if (harvest && join_record(line, token)) return true;
-      damage_.add({line.number, 0, {}, line.ended ? fault_ : "the input ends inside the line: " + fault_,
-                   line.ended ? "line skipped" : "left out", true});
+      damage_.add({.kind = line.ended ? problem_kind::unreadable_line : problem_kind::line_cut_short,
+                   .line = line.number,
+                   .reason = fault_});
       continue;
     }
     if (!harvest) continue;
@@ -126,7 +125,7 @@ bool token_reader::next(line_token& token) {
       note_header(line.number);
     }
     if (!line.ended && !row) {
-      damage_.add({line.number, 0, {}, "the input ends inside the line", "left out", true});
+      damage_.add({.kind = problem_kind::line_cut_short, .line = line.number});
       continue;
     }
     if (records_only_) continue;

@@ -31,14 +31,13 @@ class raw_record_reader final : public record_reader {
     const std::size_t tail = input_->data().size();
     const std::uint64_t at = input_->position();
     if (const auto& read_fault = input_->read_fault()) {
-      damage_.add({0, 0, at + tail, "the input is cut short: " + *read_fault, "the rest is lost",
-                   true});
+      damage_.add({.kind = problem_kind::input_cut_short, .byte = at + tail, .reason = *read_fault});
     }
     if (tail != 0) {
       // A capture cut short loses its last record, not the rest.
-      damage_.add({0, 0, at,
-                   std::to_string(tail) + " trailing bytes, not a whole 48-byte record",
-                   "left out", true});
+      damage_.add({.kind = problem_kind::raw_tail,
+                   .byte = at,
+                   .numbers = {static_cast<std::int64_t>(tail), 0}});
     }
     return false;
   }

@@ -148,14 +148,6 @@ struct events_comparison {
   std::size_t shared = 0;
 };
 
-struct sequence_totals {
-  std::size_t runs = 0;
-  std::size_t records = 0;
-  std::uint64_t lost = 0;
-  std::size_t repeated = 0;
-  std::size_t out_of_order = 0;
-};
-
 struct sequence_comparison {
   sequence_totals a, b;
   verdict result = verdict::same;

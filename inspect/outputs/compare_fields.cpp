@@ -10,31 +10,24 @@ namespace {
 
 enum class field_kind { value, latency, timestamp };
 
-struct field_rule {
-  std::string_view name;
-  field_kind kind;
-};
-
 // The statistics record's times differ in every harvest; its latencies are
 // held to the tolerance. Every other field must be equal.
-constexpr field_rule statistics_rules[] = {
-    {"finger_on_timestamp", field_kind::timestamp},
-    {"start_haptics_timestamp", field_kind::timestamp},
-    {"button_timestamp", field_kind::timestamp},
-    {"play_asset_timestamp", field_kind::timestamp},
-    {"finger_off_timestamp", field_kind::timestamp},
-    {"latency_fd_to_down", field_kind::latency},
-    {"play_asset_latency", field_kind::latency},
-    {"second_scan_delta", field_kind::latency},
-};
-
-field_kind statistics_kind(std::string_view name) {
-  for (const field_rule& rule : statistics_rules)
-    if (rule.name == name) return rule.kind;
-  return field_kind::value;
+field_kind statistics_kind(const layouts::named_field& field) {
+  using layouts::field_role;
+  switch (field.role) {
+    case field_role::finger_on:
+    case field_role::finger_off:
+    case field_role::start_haptics:
+    case field_role::button_edge:
+    case field_role::asset_edge: return field_kind::timestamp;
+    case field_role::finger_to_down_latency:
+    case field_role::asset_latency:
+    case field_role::second_scan_delta: return field_kind::latency;
+    default: return field_kind::value;
+  }
 }
 
-field_kind plain_kind(std::string_view) { return field_kind::value; }
+field_kind plain_kind(const layouts::named_field&) { return field_kind::value; }
 
 verdict judge(const layouts::field_value& a, const layouts::field_value& b, field_kind kind,
               std::uint64_t tolerance_us) {
@@ -50,7 +43,7 @@ verdict judge(const layouts::field_value& a, const layouts::field_value& b, fiel
 using field_list = std::vector<layouts::named_field>;
 
 struct block_rules {
-  field_kind (*kind_of)(std::string_view) = plain_kind;
+  field_kind (*kind_of)(const layouts::named_field&) = plain_kind;
   std::uint64_t tolerance_us = 0;
   bool entries = false;  // the layout's index is a table entry, not an element
 };
@@ -77,7 +70,7 @@ void compare_blocks(field_comparison& out, const std::string& where, const field
     const layouts::named_field* fb = i < b->size() ? &(*b)[i] : nullptr;
     const bool paired = fa && fb && fa->name == fb->name && fa->index == fb->index;
     if (paired) {
-      const verdict v = judge(fa->value, fb->value, rules.kind_of(fa->name), rules.tolerance_us);
+      const verdict v = judge(fa->value, fb->value, rules.kind_of(*fa), rules.tolerance_us);
       if (v == verdict::same) {
         ++out.unchanged;
         continue;
@@ -101,9 +94,7 @@ std::optional<field_list> statistics_fields(const harvest_model& h) {
 std::optional<field_list> dump_fields(const harvest_model& h, request about) {
   for (const state_dump& dump : h.states) {
     if (dump.about != about || !dump.record) continue;
-    if (about == request::lyn_state || about == request::btmspk_state)
-      return layouts::power_state_fields(*dump.record);
-    return layouts::counts_fields(*dump.record);
+    return layouts::state_dump_fields(layouts::request_row(about).service, *dump.record);
   }
   return std::nullopt;
 }

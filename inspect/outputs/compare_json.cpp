@@ -32,7 +32,7 @@ void side(json_writer& json, const compare_side& s) {
   json.key("harvests").value(std::uint64_t{model.harvests.size()});
   json.key("damaged").value(model.lost);
   json.key("damage");
-  write_damage(json, model.damage);
+  write_problems(json, model.damage);
   json.end_object();
 }
 

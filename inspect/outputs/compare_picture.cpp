@@ -45,9 +45,7 @@ drawn_press drawn(const compare_side& side) {
   const harvest_facts& facts = side.in().facts;
   if (!facts.press) return d;
   d.chain = &*facts.press;
-  d.zero = d.chain->stats.finger_on;
-  for (const press_point& p : d.chain->points)
-    if (d.zero == 0 && p.on_axis) d.zero = p.time;
+  d.zero = d.chain->origin.value_or(0);
   return d;
 }
 
@@ -140,11 +138,10 @@ class press_picture {
       return y;
     }
     const press_chain& chain = *side.chain;
-    const press_stats& st = chain.stats;
     text(12, y + 13, "finger");
-    if (st.finger_on != 0 && st.finger_off >= st.finger_on)
-      bar(x_of(side.at(st.finger_on)), x_of(side.at(st.finger_off)), y + 4, 10, touch_colour,
-          "finger on the button: " + micros_text(st.finger_off - st.finger_on));
+    if (chain.touch)
+      bar(x_of(side.at(chain.touch->on)), x_of(side.at(chain.touch->off)), y + 4, 10, touch_colour,
+          "finger on the button: " + micros_text(chain.touch->off - chain.touch->on));
     y += finger_row_height;
     const harvest_facts& facts = (s == 0 ? c_.a : c_.b).in().facts;
     for (unsigned k = 0; k < chain.clicks; ++k) {

@@ -11,7 +11,7 @@
 
 namespace inspect {
 
-inline constexpr int compare_schema_version = 1;
+inline constexpr int compare_schema_version = 2;
 
 class compare_printer {
  public:

@@ -10,10 +10,7 @@
 namespace inspect {
 namespace {
 
-std::uint64_t span_of(const harvest_facts& facts) {
-  if (!facts.first_record || !facts.latest_record) return 0;
-  return *facts.latest_record - *facts.first_record;
-}
+std::uint64_t span_of(const harvest_facts& facts) { return facts.span.last - facts.span.first; }
 
 std::optional<double> per_second(std::size_t count, std::uint64_t span_us) {
   if (span_us == 0) return std::nullopt;
@@ -36,17 +33,6 @@ std::set<event_key> events_of(const harvest_model& h) {
   return events;
 }
 
-sequence_totals totals_of(const harvest_facts& facts) {
-  sequence_totals t;
-  t.runs = facts.runs.size();
-  for (const sequence_run& run : facts.runs) {
-    t.records += run.records;
-    t.lost += run.lost;
-    t.repeated += run.repeats.size();
-    t.out_of_order += run.out_of_order;
-  }
-  return t;
-}
 
 }  // namespace
 
@@ -93,8 +79,8 @@ events_comparison compare_events(const harvest_model& a, const harvest_model& b)
 
 sequence_comparison compare_sequences(const harvest_facts& a, const harvest_facts& b) {
   sequence_comparison s;
-  s.a = totals_of(a);
-  s.b = totals_of(b);
+  s.a = a.sequence;
+  s.b = b.sequence;
   const bool same =
       s.a.lost == s.b.lost && s.a.repeated == s.b.repeated && s.a.out_of_order == s.b.out_of_order;
   s.result = same ? verdict::same : verdict::differs;

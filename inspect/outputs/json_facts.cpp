@@ -43,27 +43,54 @@ void write_failures(json_writer& json, const std::vector<failure_line>& failures
   json.end_array();
 }
 
-void write_damage(json_writer& json, const std::vector<damage>& found) {
+void write_problem(json_writer& json, const problem& d) {
+  const problem_row& row = row_of(d.kind);
+  json.begin_object();
+  json.key("kind").value(row.code);
+  json.key("severity").value(severity_code(row.level));
+  json.key("where").value(d.where());
+  json.key("line");
+  if (d.line != 0)
+    json.value(d.line);
+  else
+    json.null();
+  json.key("last_line").value(d.last_line > d.line ? d.last_line : d.line);
+  json.key("byte");
+  if (d.byte)
+    json.value(*d.byte);
+  else
+    json.null();
+  json.key("harvest");
+  if (d.harvest)
+    json.value(std::uint64_t{*d.harvest + 1});
+  else
+    json.null();
+  json.key("subject");
+  if (d.subject.empty())
+    json.null();
+  else
+    json.value(d.subject);
+  json.key("numbers").begin_array();
+  for (unsigned i = 0; i < row.numbers; ++i) json.value(d.numbers[i]);
+  json.end_array();
+  json.key("text").value(problem_text(d));
+  json.key("outcome");
+  if (row.outcome.empty())
+    json.null();
+  else
+    json.value(row.outcome);
+  json.end_object();
+}
+
+void write_problems(json_writer& json, std::span<const problem> found) {
   json.begin_array();
-  for (const damage& d : found) {
-    json.begin_object();
-    json.key("where").value(d.where());
-    json.key("line");
-    if (d.line != 0)
-      json.value(d.line);
-    else
-      json.null();
-    json.key("last_line").value(d.last_line > d.line ? d.last_line : d.line);
-    json.key("byte");
-    if (d.byte)
-      json.value(*d.byte);
-    else
-      json.null();
-    json.key("fault").value(d.fault);
-    json.key("outcome").value(d.outcome);
-    json.key("lost").value(d.lost);
-    json.end_object();
-  }
+  for (const problem& d : found) write_problem(json, d);
+  json.end_array();
+}
+
+void write_harvest_damage(json_writer& json, const capture_model& model, const harvest_facts& facts) {
+  json.begin_array();
+  for (const std::size_t i : facts.damage) write_problem(json, model.damage[i]);
   json.end_array();
 }
 

@@ -22,8 +22,13 @@ void write_failure(json_writer& json, const failure_line& failure);
 void write_failure_members(json_writer& json, const failure_line& failure);
 void write_failures(json_writer& json, const std::vector<failure_line>& failures);
 
-// [{"where", "line", "last_line", "byte", "fault", "outcome", "lost"}]
-void write_damage(json_writer& json, const std::vector<damage>& found);
+// A problem row: {"kind", "severity", "where", "line", "last_line", "byte",
+// "harvest", "subject", "numbers", "text", "outcome"}; the text rendered from
+// the rest.
+void write_problem(json_writer& json, const problem& found);
+void write_problems(json_writer& json, std::span<const problem> found);
+// The capture's damage that belongs to one harvest.
+void write_harvest_damage(json_writer& json, const capture_model& model, const harvest_facts& facts);
 
 // {"records", "first_us", "last_us", "span_us"}: the members, into an
 // object already open.

@@ -109,6 +109,11 @@ json_writer& json_writer::begin_object() {
   return *this;
 }
 
+json_writer& json_writer::begin_members() {
+  first_.push_back(true);
+  return *this;
+}
+
 json_writer& json_writer::end_object() {
   close('}');
   return *this;

@@ -32,6 +32,8 @@ class json_writer {
   }
 
   json_writer& begin_object();
+  // Members of an object another writer opens: no brace, commas between.
+  json_writer& begin_members();
   json_writer& end_object();
   json_writer& begin_array();
   json_writer& end_array();

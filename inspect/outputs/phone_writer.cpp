@@ -88,13 +88,13 @@ void opening(json_writer& json, const entry_state& state) {
 // The first place where no phone prints what the capture shows.
 bool printable(const capture_model& model, bool partial, phone_fault& fault,
                std::vector<std::string>& assumed) {
-  for (const damage& d : model.damage) {
-    if (!d.lost) continue;
+  for (const problem& d : model.damage) {
+    if (!loses_input(d)) continue;
     if (!partial) {
-      fault = {d.line, d.fault + " (with --partial, the phone of the readable part)"};
+      fault = {d.line, problem_text(d) + " (with --partial, the phone of the readable part)"};
       return false;
     }
-    assumed.push_back(d.where() + ": " + d.fault + ": left out of the phone");
+    assumed.push_back(d.where() + ": " + problem_text(d) + ": left out of the phone");
   }
   if (!model.pair_given && !model.clock.one_pair()) {
     const recovered_clock& clock = model.clock;

@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "inspect/capture/number_text.h"
+#include "inspect/capture/press_stats.h"
 #include "inspect/outputs/json_facts.h"
 #include "inspect/outputs/json_writer.h"
 #include "quandor/layouts/record_layouts.h"
@@ -51,25 +52,36 @@ void entries(json_writer& json, const std::vector<layouts::named_field>& list) {
   json.end_array();
 }
 
-// Each click's edges side by side, from the record's arrays.
+// The record's per-edge fields, by role, and each click's keys for them.
+struct edge_keys {
+  layouts::field_role role;
+  std::string_view down;
+  std::string_view up;
+};
+constexpr edge_keys click_edges[] = {
+    {layouts::field_role::button_edge, "button_down", "button_up"},
+    {layouts::field_role::asset_edge, "button_down_play_asset", "button_up_play_asset"},
+    {layouts::field_role::asset_latency, "button_down_to_play_asset", "button_up_to_play_asset"},
+};
+
+bool edge_field(const layouts::named_field& field) {
+  for (const edge_keys& edge : click_edges)
+    if (field.role == edge.role) return true;
+  return false;
+}
+
+// Each click's edges side by side, one object a click the record holds.
 void clicks(json_writer& json, const std::vector<layouts::named_field>& list) {
-  std::map<std::string_view, std::vector<std::uint64_t>> arrays;
-  for (const layouts::named_field& field : list)
-    if (field.index)
-      if (const auto* value = std::get_if<std::uint64_t>(&field.value)) arrays[field.name].push_back(*value);
   json.key("clicks").begin_array();
-  for (std::size_t click = 0; click < 3; ++click) {
+  for (std::size_t click = 0; click < clicks_in_record; ++click) {
     json.begin_object();
     json.key("click").value(std::uint64_t{click + 1});
-    for (const auto& [array, down, up] :
-         {std::tuple{"button_timestamp", "button_down", "button_up"},
-          std::tuple{"play_asset_timestamp", "button_down_play_asset", "button_up_play_asset"},
-          std::tuple{"play_asset_latency", "button_down_to_play_asset", "button_up_to_play_asset"}}) {
-      const std::vector<std::uint64_t>& values = arrays[array];
-      if (values.size() < 2 * click + 2) continue;
-      json.key(down).value(values[2 * click]);
-      json.key(up).value(values[2 * click + 1]);
-    }
+    for (const edge_keys& edge : click_edges)
+      for (const layouts::named_field& field : list)
+        if (field.role == edge.role && field.index && *field.index / 2 == click) {
+          json.key(*field.index % 2 == 0 ? edge.down : edge.up);
+          write_field_value(json, field.value);
+        }
     json.end_object();
   }
   json.end_array();
@@ -85,8 +97,10 @@ void statistics(json_writer& json, const std::optional<stats_block>& stats) {
   json.key("printed").value(stats->printed);
   json.key("damaged").value(stats->damaged);
   if (stats->printed) {
-    const std::vector<layouts::named_field> list = layouts::stats_fields(stats->record);
+    std::vector<layouts::named_field> list = layouts::stats_fields(stats->record);
     clicks(json, list);
+    // The edges stand in the clicks alone.
+    std::erase_if(list, edge_field);
     field_members(json, list);
   }
   json.end_object();
@@ -102,10 +116,8 @@ void state_dumps(json_writer& json, const std::vector<state_dump>& dumps) {
     json.key("fields");
     if (!dump.record)
       json.null();
-    else if (dump.about == request::lyn_state || dump.about == request::btmspk_state)
-      fields(json, layouts::power_state_fields(*dump.record));
     else
-      fields(json, layouts::counts_fields(*dump.record));
+      fields(json, layouts::state_dump_fields(layouts::request_row(dump.about).service, *dump.record));
     json.end_object();
   }
   json.end_array();
@@ -177,7 +189,7 @@ std::string write_report(const capture_model& model) {
   write_clock(json, model);
   json.key("damaged").value(model.lost);
   json.key("damage");
-  write_damage(json, model.damage);
+  write_problems(json, model.damage);
   json.key("harvests").begin_array();
   for (const harvest_model& harvest : model.harvests) {
     json.begin_object();

@@ -9,7 +9,7 @@
 
 namespace inspect {
 
-inline constexpr int report_schema_version = 2;
+inline constexpr int report_schema_version = 3;
 
 std::string write_report(const capture_model& model);
 

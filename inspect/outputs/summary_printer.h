@@ -18,7 +18,8 @@ namespace inspect {
 // A value of the summary. Times are microseconds whatever they show as: the
 // JSON keys say "_us"; text writes a duration in µs, a position in ms.
 struct summary_value {
-  enum class kind { none, count, micros, millis, offset, text, flag };
+  // millis: a time from an origin; span: an unsigned duration shown in ms.
+  enum class kind { none, count, micros, millis, span, offset, text, flag };
   kind shape = kind::none;
   std::uint64_t count_value = 0;
   std::int64_t micros_value = 0;
@@ -31,6 +32,7 @@ struct summary_value {
     return {kind::micros, us, static_cast<std::int64_t>(us), {}, false};
   }
   static summary_value millis(std::int64_t us) { return {kind::millis, 0, us, {}, false}; }
+  static summary_value span(std::uint64_t us) { return {kind::span, us, 0, {}, false}; }
   static summary_value offset(std::int64_t us) { return {kind::offset, 0, us, {}, false}; }
   static summary_value text(std::string t) { return {kind::text, 0, 0, std::move(t), false}; }
   static summary_value flag(bool f) { return {kind::flag, 0, 0, {}, f}; }
@@ -55,12 +57,10 @@ class summary_printer {
   virtual void fact(std::string_view key, std::string_view label, const summary_value& value) = 0;
   virtual void table(std::string_view key, std::span<const summary_column> columns,
                      const std::vector<std::vector<summary_value>>& rows) = 0;
-  // Sentences: notes, disagreements, what is missing.
-  virtual void sentences(std::string_view key, std::string_view prefix,
-                         const std::vector<std::string>& texts) = 0;
+  // Problem rows: notes, disagreements, what is missing, damage.
+  virtual void problems(std::string_view key, std::string_view prefix, std::span<const problem> found) = 0;
   virtual void runs(const std::vector<sequence_run>& runs, bool sources_known) = 0;
   virtual void failures(const std::vector<failure_line>& failures) = 0;
-  virtual void damage(const std::vector<inspect::damage>& found) = 0;
   virtual void finish() = 0;
 };
 

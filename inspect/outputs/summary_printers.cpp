@@ -25,6 +25,7 @@ std::string text_of(const summary_value& value) {
     case kind::count: return std::to_string(value.count_value);
     case kind::micros: return std::to_string(value.count_value) + " µs";
     case kind::millis: return milliseconds_text(value.micros_value) + " ms";
+    case kind::span: return duration_ms_text(value.count_value) + " ms";
     case kind::offset: return signed_micro_text(value.micros_value);
     case kind::text: return value.text_value;
     case kind::flag: return value.flag_value ? "yes" : "no";
@@ -37,7 +38,8 @@ void json_of(json_writer& json, const summary_value& value) {
   switch (value.shape) {
     case kind::none: json.null(); break;
     case kind::count:
-    case kind::micros: json.value(value.count_value); break;
+    case kind::micros:
+    case kind::span: json.value(value.count_value); break;
     case kind::millis:
     case kind::offset: json.value(value.micros_value); break;
     case kind::text: json.value(value.text_value); break;
@@ -76,11 +78,18 @@ class text_printer final : public summary_printer {
     }
     out_ += line + "\n";
   }
-  void sentences(std::string_view key, std::string_view prefix,
-                 const std::vector<std::string>& texts) override {
-    if (texts.empty()) return;
+  void problems(std::string_view key, std::string_view prefix, std::span<const problem> found) override {
+    if (found.empty()) return;
     if (key == "missing") title_line("missing");
-    for (const std::string& text : texts) out_ += "  " + std::string(prefix) + text + "\n";
+    if (key == "damage") append_format(out_, "\ndamage: %zu\n", found.size());
+    for (const problem& p : found) {
+      out_ += "  ";
+      out_ += prefix;
+      if (const std::string where = p.where(); key == "damage" && !where.empty()) out_ += where + ": ";
+      out_ += problem_text(p);
+      if (const std::string_view outcome = problem_outcome(p); !outcome.empty()) out_.append("; ").append(outcome);
+      out_ += "\n";
+    }
   }
   void runs(const std::vector<sequence_run>& list, bool sources_known) override {
     if (list.empty()) return;
@@ -119,15 +128,6 @@ class text_printer final : public summary_printer {
       out_ += f.text + "\n    " + f.meaning + "\n";
     }
   }
-  void damage(const std::vector<inspect::damage>& found) override {
-    if (found.empty()) return;
-    append_format(out_, "\ndamage: %zu\n", found.size());
-    for (const inspect::damage& d : found) {
-      out_ += "  ";
-      if (const std::string where = d.where(); !where.empty()) out_ += where + ": ";
-      out_ += d.fault + "; " + d.outcome + "\n";
-    }
-  }
   void finish() override {}
 
  private:
@@ -153,7 +153,7 @@ class json_printer final : public summary_printer {
     json_.key("input").value(model.input);
     json_.key("harvest").value(std::uint64_t{harvest + 1});
     json_.key("harvests").value(std::uint64_t{model.harvests.size()});
-    json_.key("damaged").value(model.lost);
+    json_.key("damaged").value(model.harvests[harvest].facts.damaged);
   }
   void begin(std::string_view key, std::string_view) override { json_.key(key).begin_object(); }
   void end() override { json_.end_object(); }
@@ -177,10 +177,9 @@ class json_printer final : public summary_printer {
     }
     json_.end_array();
   }
-  void sentences(std::string_view key, std::string_view, const std::vector<std::string>& texts) override {
-    json_.key(key).begin_array();
-    for (const std::string& text : texts) json_.value(text);
-    json_.end_array();
+  void problems(std::string_view key, std::string_view, std::span<const problem> found) override {
+    json_.key(key);
+    write_problems(json_, found);
   }
   void runs(const std::vector<sequence_run>& list, bool) override {
     json_.key("sequence_runs").begin_array();
@@ -219,10 +218,6 @@ class json_printer final : public summary_printer {
   void failures(const std::vector<failure_line>& list) override {
     json_.key("failures");
     write_failures(json_, list);
-  }
-  void damage(const std::vector<inspect::damage>& found) override {
-    json_.key("damage");
-    write_damage(json_, found);
   }
   void finish() override { json_.end_object(); }
 

@@ -45,9 +45,8 @@ void press(summary_printer& out, const capture_model& model, const harvest_facts
     rows.push_back(std::move(row));
   }
   out.table("clicks", click_columns, rows);
-  const bool fingered = s.finger_on != 0 && s.finger_off >= s.finger_on;
   out.fact("finger_off_after_us", "finger off, after finger on",
-           fingered ? value::millis(since(s.finger_off, s.finger_on)) : value::none());
+           chain.touch ? value::millis(since(chain.touch->off, chain.touch->on)) : value::none());
   out.fact("gorvin_scans", "Gorvin scans", value::count(s.gorvin_scans));
   out.fact("lumet_scans", "Lumet scans", value::count(s.lumet_scans));
   out.fact("second_scan_after_us", "second scan, after finger on",
@@ -80,16 +79,13 @@ void checks(summary_printer& out, const harvest_facts& facts) {
   out.table("points", point_columns, points);
   std::vector<std::vector<value>> steps;
   for (const press_step& s : chain.steps) {
-    const press_point& from = chain.points[s.from];
-    const press_point& to = chain.points[s.to];
     steps.push_back({value::text(step_label(s)), value::micros(chain.duration(s)),
-                     from.match && to.match ? value::offset(since(to.match->timestamp, from.match->timestamp))
-                                            : value::none()});
+                     s.checkpoint_latency ? value::offset(*s.checkpoint_latency) : value::none()});
   }
   out.table("steps", step_columns, steps);
-  out.sentences("notes", "note: ", chain.notes);
+  out.problems("notes", "note: ", chain.notes);
   out.fact("agree", "agreeing", chain.checked ? value::flag(chain.disagreements.empty()) : value::none());
-  out.sentences("disagreements", "DISAGREES: ", chain.disagreements);
+  out.problems("disagreements", "DISAGREES: ", chain.disagreements);
   out.end();
 }
 
@@ -100,23 +96,19 @@ constexpr summary_column span_columns[] = {{"name", "", 16},
                                            {"span_us", "span", 14}};
 
 std::vector<value> span_row(std::string name, const time_span& span, std::uint64_t first) {
-  return {value::text(std::move(name)), value::count(span.count), value::millis(since(span.first, first)),
-          value::millis(since(span.last, first)), value::millis(since(span.last, span.first))};
+  return {value::text(std::move(name)), value::count(span.count), value::span(span.first - first),
+          value::span(span.last - first), value::span(span.last - span.first)};
 }
 
 void records(summary_printer& out, const capture_model& model, const harvest_facts& facts) {
   out.begin("records", "records");
   out.fact("records", "records", value::count(facts.records.size()));
-  time_span all;
-  for (const category_count& c : facts.categories) {
-    all.add(c.span.first);
-    all.add(c.span.last);
-  }
-  const bool any = !facts.records.empty();
+  const time_span& all = facts.span;
+  const bool any = all.count != 0;
   out.fact("first_us", "first, coprocessor", any ? value::micros(all.first) : value::none());
   const std::optional<std::string> calendar = any ? calendar_of(model, all.first) : std::nullopt;
   out.fact("first_calendar_time", "first", calendar ? value::text(*calendar) : value::none());
-  out.fact("span_us", "span", any ? value::millis(since(all.last, all.first)) : value::none());
+  out.fact("span_us", "span", any ? value::span(all.last - all.first) : value::none());
   out.fact("off_axis", "far from the press", value::count(facts.off_axis));
   std::vector<std::vector<value>> rows;
   for (const category_count& c : facts.categories) rows.push_back(span_row(c.name, c.span, all.first));
@@ -142,8 +134,10 @@ void write_summary(const capture_model& model, std::size_t harvest, summary_prin
   records(out, model, facts);
   out.runs(facts.runs, !facts.sources.empty());
   out.failures(h.failures);
-  out.damage(model.damage);
-  out.sentences("missing", "", facts.missing);
+  std::vector<problem> damage;
+  for (const std::size_t i : facts.damage) damage.push_back(model.damage[i]);
+  out.problems("damage", "", damage);
+  out.problems("missing", "", facts.missing);
   out.finish();
 }
 

@@ -13,7 +13,7 @@
 
 namespace inspect {
 
-inline constexpr int summary_schema_version = 2;
+inline constexpr int summary_schema_version = 3;
 
 void write_summary(const capture_model& model, std::size_t harvest, summary_printer& out);
 

@@ -4,8 +4,7 @@
 
 #include "inspect/outputs/json_facts.h"
 #include "inspect/outputs/json_writer.h"
-#include "liblog_zol/ZOLProfile.h"
-#include "liblog_zol/json_printer.h"
+#include "inspect/outputs/record_rows.h"
 
 namespace inspect {
 namespace {
@@ -62,60 +61,45 @@ void records(json_writer& json, const harvest_facts& facts) {
   write_categories(json, facts);
   json.key("records_by_source");
   write_sources(json, facts);
-  time_span all;
-  for (const category_count& c : facts.categories) {
-    all.add(c.span.first);
-    all.add(c.span.last);
-  }
-  const bool any = !facts.records.empty();
+  const time_span& all = facts.span;
+  const bool any = all.count != 0;
   json.key("first_us");
   optional_value(json, any ? std::optional(all.first) : std::nullopt);
   json.key("last_us");
   optional_value(json, any ? std::optional(all.last) : std::nullopt);
   json.key("span_us");
   optional_value(json, any ? std::optional(all.last - all.first) : std::nullopt);
-  std::uint64_t lost = 0, repeated = 0, late = 0;
-  for (const sequence_run& run : facts.runs) {
-    lost += run.lost;
-    repeated += run.repeats.size();
-    late += run.out_of_order;
-  }
-  json.key("sequence_lost").value(lost);
-  json.key("sequence_repeated").value(repeated);
-  json.key("sequence_out_of_order").value(late);
+  json.key("sequence_lost").value(facts.sequence.lost);
+  json.key("sequence_repeated").value(facts.sequence.repeated);
+  json.key("sequence_out_of_order").value(facts.sequence.out_of_order);
   json.key("records_off_axis").value(std::uint64_t{facts.off_axis});
-}
-
-// The damage within a harvest's lines; what no line places goes with the
-// last harvest.
-std::vector<damage> damage_of(const capture_model& model, std::size_t harvest) {
-  const std::uint64_t first = harvest == 0 ? 0 : model.harvests[harvest].line;
-  const bool last = harvest + 1 == model.harvests.size();
-  const std::uint64_t end = last ? ~std::uint64_t{0} : model.harvests[harvest + 1].line;
-  std::vector<damage> found;
-  for (const damage& d : model.damage)
-    if ((d.line == 0 && last) || (d.line != 0 && d.line >= first && d.line < end)) found.push_back(d);
-  return found;
 }
 
 void harvest_row(const capture_model& model, std::size_t index, const capture_identity& id,
                  std::string& out) {
   const harvest_model& harvest = model.harvests[index];
+  const harvest_facts& facts = harvest.facts;
   json_writer json(out);
   json.begin_object();
   identity(json, id, index);
   json.key("harvests").value(std::uint64_t{model.harvests.size()});
   json.key("line").value(harvest.line);
   json.key("standard_error").value(model.has_stderr);
-  press(json, model, harvest.facts);
-  records(json, harvest.facts);
+  press(json, model, facts);
+  records(json, facts);
   json.key("failures").value(std::uint64_t{harvest.failures.size()});
   json.key("cut");
   optional_value(json, harvest.cut.empty() ? std::nullopt : std::optional(harvest.cut));
-  const std::vector<damage> found = damage_of(model, index);
-  json.key("damaged").value(std::any_of(found.begin(), found.end(), [](const damage& d) { return d.lost; }));
+  json.key("damaged").value(facts.damaged);
   json.key("damage");
-  write_damage(json, found);
+  write_harvest_damage(json, model, facts);
+  json.key("missing");
+  write_problems(json, facts.missing);
+  json.key("press_notes");
+  write_problems(json, facts.press ? std::span<const problem>(facts.press->notes) : std::span<const problem>());
+  json.key("press_disagreements");
+  write_problems(json, facts.press ? std::span<const problem>(facts.press->disagreements)
+                                   : std::span<const problem>());
   json.end_object();
   out += '\n';
 }
@@ -123,29 +107,14 @@ void harvest_row(const capture_model& model, std::size_t index, const capture_id
 // The record's own row as `records` writes it, the capture's keys in front.
 void record_rows(const capture_model& model, std::size_t index, const capture_identity& id,
                  std::uint64_t& ordinal, std::string& out) {
-  const harvest_model& harvest = model.harvests[index];
-  std::string head;
-  json_writer json(head);
-  json.begin_object();
+  std::string keys;
+  json_writer json(keys);
+  json.begin_members();
   identity(json, id, index);
-  zol::json_printer printer;
-  printer.set_zone(*model.zone);
-  zol::no_clock none;
-  std::optional<zol::fixed_clock> pair;
-  if (model.pair) pair.emplace(*model.pair);
-  for (const profile_entry& entry : harvest.profile) {
-    zol::record_origin origin;
-    origin.ordinal = ordinal++;
-    if (entry.source != record_source::unknown) origin.source = source_name(entry.source);
-    printer.set_origin(origin);
-    zol::clock_source& clock =
-        pair && (entry.calendar_text || model.pair_given) ? static_cast<zol::clock_source&>(*pair) : none;
-    decode_profile_record(printer, entry.bytes.data(), clock);
-    out += head;
-    out += ',';
-    out += printer.view().substr(1);
+  write_record_rows(model, index, keys, ordinal, [&](std::string_view row) {
+    out += row;
     out += '\n';
-  }
+  });
 }
 
 void failure_rows(const capture_model& model, std::size_t index, const capture_identity& id,

@@ -7,6 +7,7 @@
 #include "inspect/capture/number_text.h"
 #include "inspect/outputs/page_parts.h"
 #include "inspect/outputs/text_format.h"
+#include "liblog_zol/name_tables.h"
 
 namespace inspect {
 namespace {
@@ -33,7 +34,7 @@ constexpr category_colour category_colours[] = {
     {5, "#d95f02"}, {6, "#6a6acd"}, {7, "#c0282d"}, {8, "#555555"},
 };
 constexpr std::string_view other_colour = "#a0a0a0";
-constexpr std::uint32_t controller_category = 7;  // pkey
+constexpr std::uint32_t controller_category = zol::pkey_category;
 
 
 std::string_view colour_of(std::uint32_t category) {
@@ -82,8 +83,7 @@ class timeline_builder {
       const std::uint64_t from = *first;
       const std::uint64_t to = *last;
       const std::uint64_t pad = std::max<std::uint64_t>((to - from) / 20, 1000);
-      const std::uint64_t zero = facts_.press->stats.finger_on != 0 ? facts_.press->stats.finger_on
-                                                                    : from;
+      const std::uint64_t zero = facts_.press->origin.value_or(from);
       window_ = window{from > pad ? from - pad : 0, to + pad, zero};
       axis_from_ = "finger on";
     } else if (facts_.first_record) {
@@ -119,20 +119,22 @@ class timeline_builder {
       out_ += axis_from_;
     }
     out_ += ".</p>\n";
-    for (const std::string& m : facts_.missing) {
+    for (const problem& m : facts_.missing) {
       out_ += "<p class=\"missing\">Missing: ";
-      append_html(out_, m);
+      append_html(out_, problem_text(m));
       out_ += ".</p>\n";
     }
     if (facts_.off_axis != 0)
       append_format(out_, "<p class=\"missing\">%zu records lie too far from the press to draw "
                     "(sentinel or wild timestamps, or years older).</p>\n", facts_.off_axis);
-    if (!model_.damage.empty()) {
-      append_format(out_, "<p class=\"bad\">The capture is damaged in %zu places:</p>\n<ul>\n",
-                    model_.damage.size());
-      for (const damage& d : model_.damage) {
+    if (!facts_.damage.empty()) {
+      append_format(out_, "<p class=\"bad\">The harvest is damaged in %zu places:</p>\n<ul>\n",
+                    facts_.damage.size());
+      for (const std::size_t i : facts_.damage) {
+        const problem& d = model_.damage[i];
         out_ += "<li>";
-        append_html(out_, (d.where().empty() ? "" : d.where() + ": ") + d.fault + "; " + d.outcome);
+        append_html(out_, (d.where().empty() ? "" : d.where() + ": ") + problem_text(d) + "; " +
+                              std::string(problem_outcome(d)));
         out_ += "</li>\n";
       }
       out_ += "</ul>\n";
@@ -323,15 +325,12 @@ class timeline_builder {
 
   void press(double top) {
     const press_chain& chain = *facts_.press;
-    const press_stats& s = chain.stats;
     double y = top;
     append_format(out_, "<text x=\"4\" y=\"%.1f\" font-weight=\"bold\">finger</text>\n", y + 13);
-    if (s.finger_on != 0 && s.finger_off >= s.finger_on && inside(s.finger_on) && inside(s.finger_off)) {
-      bar(y + 4, 10, s.finger_on, s.finger_off, "#cfe2f0",
-          "finger on the button: " + micro(s.finger_off - s.finger_on));
-      label(x_of(s.finger_off), y + 13,
-            "finger off " + milliseconds_text(static_cast<std::int64_t>(s.finger_off - s.finger_on)) +
-                " ms");
+    if (const auto& touch = chain.touch; touch && inside(touch->on) && inside(touch->off)) {
+      bar(y + 4, 10, touch->on, touch->off, "#cfe2f0", "finger on the button: " + micro(touch->off - touch->on));
+      label(x_of(touch->off), y + 13,
+            "finger off " + milliseconds_text(static_cast<std::int64_t>(touch->off - touch->on)) + " ms");
     }
     y += finger_row_height;
     for (unsigned k = 0; k < chain.clicks; ++k) {
@@ -435,14 +434,14 @@ class timeline_builder {
       append_format(out_, "<li>They agree (within %llu µs).</li>\n",
           static_cast<unsigned long long>(checkpoint_tolerance_us));
     }
-    for (const std::string& d : chain.disagreements) {
+    for (const problem& d : chain.disagreements) {
       out_ += "<li class=\"bad\">Disagrees: ";
-      append_html(out_, d);
+      append_html(out_, problem_text(d));
       out_ += "</li>\n";
     }
-    for (const std::string& n : chain.notes) {
+    for (const problem& n : chain.notes) {
       out_ += "<li>";
-      append_html(out_, n);
+      append_html(out_, problem_text(n));
       out_ += "</li>\n";
     }
     out_ += "</ul>\n";

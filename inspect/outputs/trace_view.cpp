@@ -148,11 +148,9 @@ class trace_builder {
     const auto placed = [&](std::uint64_t t) {
       return facts_.earliest && facts_.latest && t >= *facts_.earliest && t <= *facts_.latest;
     };
-    if (chain.stats.finger_on != 0 && chain.stats.finger_off >= chain.stats.finger_on &&
-        placed(chain.stats.finger_on) && placed(chain.stats.finger_off))
-      press_.push_back({"finger on the button",
-                        packer_.place("finger", chain.stats.finger_on, chain.stats.finger_off),
-                        chain.stats.finger_on, chain.stats.finger_off, {}, {}});
+    if (chain.touch && placed(chain.touch->on) && placed(chain.touch->off))
+      press_.push_back({"finger on the button", packer_.place("finger", chain.touch->on, chain.touch->off),
+                        chain.touch->on, chain.touch->off, {}, {}});
     // Checkpoint records at the other end of a flow.
     for (std::size_t i = 0; i < chain.points.size(); ++i)
       if (chain.points[i].match) flow_of_record_[chain.points[i].match->record] = i;
@@ -164,7 +162,7 @@ class trace_builder {
       for (const auto& slot : packer_.slots())
         if (!slot.spans.empty()) name_thread(press_pid, slot.tid, slot.name, slot.tid);
     }
-    if (!facts_.missing.empty() || !harvest_.failures.empty() || !model_.damage.empty())
+    if (!facts_.missing.empty() || !harvest_.failures.empty() || !facts_.damage.empty())
       name_process(notes_pid, "capture notes", 1);
     if (facts_.off_axis != 0) {
       name_process(off_axis_pid, "records far from the press (their times in args)", 2);
@@ -184,8 +182,8 @@ class trace_builder {
 
   // What is missing and every failure line, at the start of the notes track.
   void write_notes() {
-    for (const std::string& missing : facts_.missing) {
-      common("missing: " + missing, "capture", 'i', origin_, notes_pid, 0);
+    for (const problem& missing : facts_.missing) {
+      common("missing: " + problem_text(missing), "capture", 'i', origin_, notes_pid, 0);
       json_.key("s").value("p");
       json_.end_object();
     }
@@ -200,13 +198,15 @@ class trace_builder {
       json_.key("meaning").value(f.meaning);
       json_.end_object().end_object();
     }
-    for (const damage& d : model_.damage) {
-      common(std::string(d.lost ? "damage: " : "note: ") + d.fault, "capture", 'i', origin_,
+    for (const std::size_t i : facts_.damage) {
+      const problem& d = model_.damage[i];
+      common(std::string(loses_input(d) ? "damage: " : "note: ") + problem_text(d), "capture", 'i', origin_,
              notes_pid, 0);
       json_.key("s").value("p");
       json_.key("args").begin_object();
+      json_.key("kind").value(kind_code(d.kind));
       json_.key("where").value(d.where());
-      json_.key("outcome").value(d.outcome);
+      json_.key("outcome").value(problem_outcome(d));
       json_.end_object().end_object();
     }
   }
@@ -234,10 +234,7 @@ class trace_builder {
     json_.key("args").begin_object();
     json_.key("latency_us").value(chain.duration(s));
     if (s.latency_field) json_.key("record_latency_us").value(*s.latency_field);
-    if (from.match && to.match)
-      json_.key("checkpoint_latency_us")
-          .value(static_cast<std::int64_t>(to.match->timestamp) -
-                 static_cast<std::int64_t>(from.match->timestamp));
+    if (s.checkpoint_latency) json_.key("checkpoint_latency_us").value(*s.checkpoint_latency);
     json_.key("from").value(point_label(from));
     json_.key("to").value(point_label(to));
     json_.end_object();
@@ -373,22 +370,19 @@ class trace_builder {
     json_.key("records_off_axis").value(std::uint64_t{facts_.off_axis});
     json_.key("timesync");
     write_clock(json_, model_);
-    json_.key("missing").begin_array();
-    for (const std::string& m : facts_.missing) json_.value(m);
-    json_.end_array();
+    json_.key("missing");
+    write_problems(json_, facts_.missing);
     if (facts_.press) {
-      json_.key("press_disagreements").begin_array();
-      for (const std::string& d : facts_.press->disagreements) json_.value(d);
-      json_.end_array();
-      json_.key("press_notes").begin_array();
-      for (const std::string& n : facts_.press->notes) json_.value(n);
-      json_.end_array();
+      json_.key("press_disagreements");
+      write_problems(json_, facts_.press->disagreements);
+      json_.key("press_notes");
+      write_problems(json_, facts_.press->notes);
     }
     json_.key("failures");
     write_failures(json_, harvest_.failures);
-    json_.key("damaged").value(model_.lost);
+    json_.key("damaged").value(facts_.damaged);
     json_.key("damage");
-    write_damage(json_, model_.damage);
+    write_harvest_damage(json_, model_, facts_);
     json_.end_object();
   }
 

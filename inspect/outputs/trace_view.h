@@ -14,7 +14,7 @@
 namespace inspect {
 
 // The version of the document's otherData.
-inline constexpr int trace_schema_version = 2;
+inline constexpr int trace_schema_version = 3;
 
 // Appends the whole document to `out`.
 void write_trace(const capture_model& model, std::size_t harvest, std::string& out);

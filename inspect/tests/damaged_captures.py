@@ -45,12 +45,15 @@ def first_line(lines, test):
 class damage_case:
     """A capture, what decode must give, the status and the damaged line."""
 
-    def __init__(self, name, text, profile, status, line, partial_prints=None, stream_status=None):
+    def __init__(self, name, text, profile, status, line, partial_prints=None, stream_status=None,
+                 harvest=1):
         self.name, self.text, self.profile = name, text, profile
         self.status, self.line, self.partial_prints = status, line, partial_prints
-        # decode and records read the profile lines alone: damage elsewhere
-        # is the whole-capture subcommands' to name.
+        # decode reads the profile lines alone: damage elsewhere is the
+        # whole-capture subcommands' to name (records reads a harvest whole).
         self.stream_status = status if stream_status is None else stream_status
+        # The harvest whose lines hold the damage: the views of it say so.
+        self.harvest = harvest
 
 
 def profile_lines(lines):
@@ -114,7 +117,7 @@ def two_harvests(kelvra, phone):
     at = banners[1] + 3
     text = b"\n".join(lines[:at]) + b"\n" + lines[at][:40]
     return damage_case("default, two harvests, the second cut", text, profile_lines(lines[:at]),
-                       1, at + 1)
+                       1, at + 1, harvest=2)
 
 
 class checks:
@@ -139,10 +142,11 @@ class checks:
         if case.stream_status == 1 and f"line {case.line}" not in err and f"lines {case.line}" not in err:
             self.fail(case, f"decode does not name line {case.line}: {err[:300]}")
         status, out, _ = run([self.inspect, "records", path])
-        if status != case.stream_status or len(out.splitlines()) != len(case.profile):
+        if status != case.status or len(out.splitlines()) != len(case.profile):
             self.fail(case, f"records: status {status}, {len(out.splitlines())} records")
         for view in VIEWS:
-            status, out, err = run([self.inspect] + view + [path])
+            which = [] if view == ["report"] else ["--harvest", str(case.harvest)]
+            status, out, err = run([self.inspect] + view + which + [path])
             if status != case.status:
                 self.fail(case, f"{' '.join(view)}: status {status}: {err[:300]}")
                 continue
@@ -152,7 +156,7 @@ class checks:
     def view(self, case, view, out):
         if view == ["report"]:
             report = json.loads(out)
-            lines = [d["line"] for d in report["damage"] if d["lost"]]
+            lines = [d["line"] for d in report["damage"] if d["severity"] == "lost"]
             if case.line is not None and case.line not in lines and \
                     not any(d["line"] and d["line"] <= case.line <= d["last_line"]
                             for d in report["damage"]):

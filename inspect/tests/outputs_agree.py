@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""The outputs of one capture agree: report, summary --json, trace, records
-and phone give the same counts, the same source split, the same latencies,
-the same failures and the same damage, for every phone given.
+"""The outputs of one capture agree: report, summary --json, trace, records,
+phone, compare and the tables give the same counts, spans, source split,
+latencies, failures, damage and problems, for every phone given; a table's
+record row is the row `records` writes with the capture's keys in front. Every
+JSON document and line is read with repeated keys refused.
 
     outputs_agree.py KELVRA KELVRA_INSPECT PHONE...
 
@@ -11,7 +13,21 @@ import json
 import os
 import subprocess
 import sys
+import tempfile
 from collections import Counter
+
+IDENTITY = ["capture", "capture_sha256", "harvest"]
+
+
+def no_repeats(pairs):
+    keys = [k for k, _ in pairs]
+    if len(keys) != len(set(keys)):
+        raise ValueError(f"repeated key among {keys}")
+    return dict(pairs)
+
+
+def strict(text):
+    return json.loads(text, object_pairs_hook=no_repeats)
 
 
 def run(args, env, stdin=None):
@@ -77,12 +93,32 @@ def check(kelvra, inspect, phone):
         if status != 0:
             return [f"{name}: status {status}"]
         outputs[name] = out
-    report = json.loads(outputs["report"])
-    summary = json.loads(outputs["summary"])
-    trace = exact(json.loads(outputs["trace"]))
+    with tempfile.TemporaryDirectory() as work:
+        path = os.path.join(work, "capture.txt")
+        with open(path, "wb") as f:
+            f.write(capture)
+        status, out = run([inspect, "compare", "--json", path, path], env)
+        if status != 0:
+            return [f"compare with itself: status {status}"]
+        outputs["compare"] = out
+        status, _ = run([inspect, "tables", "--no-progress", "--jobs", "1", "--out", os.path.join(work, "t"), path], env)
+        if status != 0:
+            return [f"tables: status {status}"]
+        tables = {}
+        for table in ("harvests", "records", "failures"):
+            with open(os.path.join(work, "t", table + ".jsonl"), "rb") as f:
+                tables[table] = f.read().splitlines()
+    try:
+        report = strict(outputs["report"])
+        summary = strict(outputs["summary"])
+        trace = exact(strict(outputs["trace"]))
+        phone_doc = strict(outputs["phone"])
+        records = [strict(l) for l in outputs["records"].splitlines()]
+        compared = strict(outputs["compare"])
+        rows = {t: [strict(l) for l in lines] for t, lines in tables.items()}
+    except ValueError as error:
+        return [f"JSON with a repeated key: {error}"]
     other = trace["otherData"]
-    phone_doc = json.loads(outputs["phone"])
-    records = [json.loads(l) for l in outputs["records"].splitlines()]
     faults = []
 
     def agree(what, values):
@@ -125,7 +161,39 @@ def check(kelvra, inspect, phone):
                 if click[key] is not None and name in slices:
                     agree(f"{name}", {"summary": click[key], "trace": slices[name]})
         stats = harvest["statistics"]
-        agree("click count", {"summary": summary["press"]["click_count"], "report": stats["click_count"]})
+        agree("click count", {"summary": summary["press"]["click_count"], "report": stats["click_count"],
+                              "tables": rows["harvests"][0]["click_count"]})
+        agree("press notes", {"summary": summary["checks"]["notes"], "tables": rows["harvests"][0]["press_notes"],
+                              "trace": other.get("press_notes")})
+        agree("press disagreements", {"summary": summary["checks"]["disagreements"],
+                                      "tables": rows["harvests"][0]["press_disagreements"],
+                                      "trace": other.get("press_disagreements")})
+        for click in summary["press"]["clicks"]:
+            row = rows["harvests"][0]["clicks"][click["click"] - 1]
+            agree(f"click {click['click']} latencies", {"summary": click, "tables": row})
+
+    # The tables: a record row is `records`' row with the keys in front.
+    table_records = []
+    for line, row in zip(tables["records"], rows["records"]):
+        if list(row)[:3] != IDENTITY:
+            faults.append(f"a record row's keys are not in front: {list(row)[:4]}")
+            break
+        table_records.append({k: v for k, v in row.items() if k not in IDENTITY})
+    agree("record rows", {"records": records, "tables": table_records})
+    first = rows["harvests"][0]
+    agree("harvest rows", {"report": len(report["harvests"]), "tables": len(rows["harvests"])})
+    agree("record count", {"report": harvest["profile"]["records"], "tables": first["records"]})
+    agree("record span", {"summary": summary["records"]["span_us"], "tables": first["span_us"],
+                          "compare": compared["parts"]["records"]["span_a_us"] if first["records"] else None})
+    agree("first record", {"summary": summary["records"]["first_us"], "tables": first["first_us"]})
+    lost = sum(r["lost"] for r in summary["sequence_runs"])
+    agree("sequence numbers lost", {"summary": lost, "tables": first["sequence_lost"],
+                                    "compare": compared["parts"]["sequence_numbers"]["a"]["lost"]})
+    agree("harvest damage", {"summary": summary["damage"], "trace": other["damage"], "tables": first["damage"]})
+    agree("missing", {"summary": summary["missing"], "trace": other["missing"], "tables": first["missing"]})
+    agree("failure rows", {"report": [(f["line"], f["request"]) for f in harvest["failures"]],
+                           "tables": [(f["line"], f["request"]) for f in rows["failures"] if f["harvest"] == 1]})
+    agree("damaged", {"summary": summary["damaged"], "trace": other["damaged"], "tables": first["damaged"]})
     return faults
 
 

@@ -12,7 +12,7 @@ try:
     from jsonschema.exceptions import best_match
 except ImportError:
     sys.exit(f"validate_records.py: {sys.executable} lacks jsonschema "
-             "(Debian: python3-jsonschema, see tools/install-deps)")
+             "(Debian: python3-jsonschema, see tools/install-deps --tests)")
 
 
 def no_repeats(pairs):

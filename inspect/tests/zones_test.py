@@ -147,7 +147,7 @@ out = os.path.join(work, "tables")
 for command in (["decode", capture], ["records", capture], ["report", capture],
                 ["phone", capture], ["trace", capture], ["summary", capture],
                 ["timeline", capture], ["compare", capture, capture],
-                ["tables", "--out", out, capture]):
+                ["tables", "--out", out, capture], ["gate", capture, capture]):
     result = run(command + ["--zone", "Mars/Olympus"])
     said = result.stderr.decode().splitlines()
     if result.returncode != 2 or result.stdout or len(said) != 1 or "Mars/Olympus" not in said[0]:

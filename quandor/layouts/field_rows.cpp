@@ -438,7 +438,7 @@ void add_fields(std::span<const field_row> rows, const byte_reader& record, std:
     const std::uint64_t bits = field_bits(row, record, start);
     const std::optional<std::size_t> index = entry ? entry : row.index;
     const field_value value = report_value(row.form, bits, base_bits(row, record, start));
-    fields.push_back({row.name, value, index});
+    fields.push_back({row.name, value, index, row.role});
     if (!row.raw_name.empty()) fields.push_back({row.raw_name, raw_value(row.form, bits), index});
   }
 }

@@ -46,6 +46,7 @@ struct field_row {
   std::optional<std::size_t> index = {};   // element of an array field
   std::size_t base = 0;                    // the other operand of a difference
   std::string_view raw_name = {};          // the stored integer of a scaled value
+  field_role role = field_role::none;
 };
 
 // Rows printed one a line, each value after its padded caption and `tail`.

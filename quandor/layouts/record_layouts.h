@@ -37,12 +37,30 @@ struct parse_fault {
 // names are the words of the asset table.
 using field_value = std::variant<std::uint64_t, std::int64_t, double, std::string_view>;
 
+// What a field of the statistics record stands for in a press, declared
+// with its row: code that reads the press finds fields by role, not name.
+enum class field_role : std::uint8_t {
+  none,
+  click_count,
+  finger_on,
+  finger_off,
+  start_haptics,
+  finger_to_down_latency,
+  button_edge,    // index 2k: click k's down, 2k + 1: its up
+  asset_edge,     // the asset played for that edge
+  asset_latency,  // from the edge to its asset
+  second_scan_delta,
+  gorvin_scans,
+  lumet_scans,
+};
+
 // `index` is the element of an array field (a click edge) or the entry of a
 // table or list.
 struct named_field {
   std::string_view name;
   field_value value;
   std::optional<std::size_t> index;
+  field_role role = field_role::none;
 };
 
 // The names of the asset table's codes, in code order.
@@ -97,6 +115,11 @@ void write_counts(std::ostream& out, std::uint32_t command, std::span<const std:
 std::optional<counts_block> parse_counts(std::span<const std::string_view> lines,
                                          parse_fault& fault);
 std::vector<named_field> counts_fields(std::span<const std::uint8_t> record);
+
+// A state dump's layout is its service's: a speaker's power state, else the
+// button's counts.
+bool prints_power_state(std::string_view service) noexcept;
+std::vector<named_field> state_dump_fields(std::string_view service, std::span<const std::uint8_t> record);
 
 // Scan state of "varsium": 11 lines, two of them empty.
 inline constexpr std::size_t scan_state_size = 40;

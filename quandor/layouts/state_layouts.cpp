@@ -239,4 +239,14 @@ std::vector<named_field> samples_fields(std::span<const std::uint8_t> reply) {
   return fields;
 }
 
+bool prints_power_state(std::string_view service) noexcept {
+  for (const std::string_view name : power_state_services)
+    if (service == name) return true;
+  return false;
+}
+
+std::vector<named_field> state_dump_fields(std::string_view service, std::span<const std::uint8_t> record) {
+  return prints_power_state(service) ? power_state_fields(record) : counts_fields(record);
+}
+
 }  // namespace layouts

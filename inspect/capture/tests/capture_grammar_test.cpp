@@ -63,7 +63,7 @@ TEST_P(capture_grammar, reads_to_the_end_and_names_each_damage) {
   ASSERT_TRUE(read_capture(memory_source(text), "cap", options, model, fault)) << fault.fault;
   EXPECT_EQ(model.harvests.size(), c.harvests);
   std::vector<std::uint64_t> lines;
-  for (const damage& d : model.damage) lines.push_back(d.line);
+  for (const problem& d : model.damage) lines.push_back(d.line);
   EXPECT_EQ(lines, c.damaged_lines);
   EXPECT_TRUE(model.lost);
 }

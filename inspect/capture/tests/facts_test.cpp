@@ -61,7 +61,9 @@ TEST_P(checkpoint_offsets, beyond_the_tolerance_is_called_out) {
   ASSERT_TRUE(facts.press);
   EXPECT_EQ(!facts.press->disagreements.empty(), GetParam().disagrees);
   if (GetParam().disagrees) {
-    EXPECT_NE(facts.press->disagreements.front().find("click 1 down"), std::string::npos);
+    EXPECT_EQ(facts.press->disagreements.front().kind, problem_kind::checkpoint_offset);
+    EXPECT_EQ(facts.press->disagreements.front().subject, "click 1 down");
+    EXPECT_EQ(facts.press->disagreements.front().numbers[0], GetParam().down_offset);
   }
   EXPECT_TRUE(facts.press->notes.empty());
 }
@@ -100,8 +102,9 @@ TEST(press_chain, a_latency_field_off_its_timestamps_disagrees) {
   const capture_model model = model_of(&stats, checkpoints(0));
   const harvest_facts& facts = model.harvests[0].facts;
   ASSERT_EQ(facts.press->disagreements.size(), 1u);
-  EXPECT_NE(facts.press->disagreements[0].find("650 µs"), std::string::npos);
-  EXPECT_NE(facts.press->disagreements[0].find("600 µs apart"), std::string::npos);
+  EXPECT_EQ(facts.press->disagreements[0].kind, problem_kind::latency_field_differs);
+  EXPECT_EQ(problem_text(facts.press->disagreements[0]),
+            "click 1 down → asset: the record's latency is 650 µs, its timestamps are 600 µs apart");
 }
 
 TEST(press_chain, a_button_edge_the_record_does_not_count_disagrees) {
@@ -111,7 +114,8 @@ TEST(press_chain, a_button_edge_the_record_does_not_count_disagrees) {
   const capture_model model = model_of(&stats, profile);
   const harvest_facts& facts = model.harvests[0].facts;
   ASSERT_EQ(facts.press->disagreements.size(), 1u);
-  EXPECT_NE(facts.press->disagreements[0].find("matches no click"), std::string::npos);
+  EXPECT_EQ(facts.press->disagreements[0].kind, problem_kind::unmatched_edge);
+  EXPECT_EQ(facts.press->disagreements[0].numbers[0], 200'000);
 }
 
 TEST(press_chain, without_checkpoints_nothing_is_checked) {
@@ -120,7 +124,7 @@ TEST(press_chain, without_checkpoints_nothing_is_checked) {
   const harvest_facts& facts = model.harvests[0].facts;
   EXPECT_TRUE(facts.press->disagreements.empty());
   ASSERT_EQ(facts.press->notes.size(), 1u);
-  EXPECT_NE(facts.press->notes[0].find("not checked"), std::string::npos);
+  EXPECT_EQ(facts.press->notes[0].kind, problem_kind::no_checkpoints);
 }
 
 struct run_case {

@@ -6,10 +6,10 @@
 browser=$(command -v chromium || command -v chromium-browser || true)
 if [ -z "$browser" ]; then
   if [ -n "${KELVRA_REQUIRE_BROWSER:-}" ]; then
-    echo "FAIL: chromium is not installed; tools/install-deps installs it"
+    echo "FAIL: chromium is not installed; tools/install-deps --tests installs it"
     exit 1
   fi
-  echo "SKIP: chromium is not installed (tools/install-deps installs it)"
+  echo "SKIP: chromium is not installed (tools/install-deps --tests installs it)"
   exit 77
 fi
 
