@@ -20,21 +20,13 @@ import sys
 import tempfile
 import zoneinfo
 
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from validate_json import strict  # noqa: E402
+
 kelvra, inspect, default_phone = sys.argv[1:4]
 work = tempfile.mkdtemp(prefix="zones-")
 faults = []
 UTC = datetime.timezone.utc
-
-
-def no_duplicates(pairs):
-    keys = [k for k, _ in pairs]
-    if len(keys) != len(set(keys)):
-        raise ValueError(f"repeated key in {keys}")
-    return dict(pairs)
-
-
-def loads(text):
-    return json.loads(text, object_pairs_hook=no_duplicates)
 
 
 def ns(moment):
@@ -81,7 +73,7 @@ def check(name, zone, calendar, year):
     if records.returncode != 0:
         faults.append(f"{name}: records exits {records.returncode}: {records.stderr!r}")
         return
-    rows = [loads(line) for line in records.stdout.decode().splitlines()]
+    rows = [strict(line) for line in records.stdout.decode().splitlines()]
     times = [r["calendar_time"] for r in rows]
     wanted = [expected_time(r["timestamp"], pair, zone) for r in rows]
     if times != wanted:
