@@ -3,7 +3,7 @@
 
     make_fleet.py KELVRA DEFAULT_PHONE OUT --count N [--seed S] [--jobs J]
 
-Each phone is the default phone (build/.../tmxsim/devices/default.json) with
+Each phone is the default phone (tmxsim/devices/default.json) with
 its press drawn anew (one to three clicks; finger-to-down, held and asset
 latencies from log-normal spreads, the second firmware's assets a little
 slower), now and then a service missing or refusing, a HID report not

@@ -2,7 +2,7 @@
 """Writes devices/full-drain.json beside this script: the default phone with
 both profiler sources full on every pass.
 
-    python3 bench/make_full_drain.py build/default/tmxsim/devices/default.json
+    python3 bench/make_full_drain.py tmxsim/devices/default.json
 
 Everything but the two logs is the default phone's own (statistics, state
 dumps, assets, timesync, HID reports), so the whole harvest succeeds. The

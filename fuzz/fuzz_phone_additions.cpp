@@ -13,13 +13,15 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
-  std::string phone(tmxsim::default_description());
+  static const inspect::phone_description default_phone =
+      inspect::phone_description::parse(tmxsim::default_description());
+  inspect::phone_description phone = default_phone;
   inspect::addition_fault fault;
   if (!inspect::add_to_phone(phone, text, fault)) {
     if (fault.where.empty() || fault.message.empty()) __builtin_trap();
     return 0;
   }
-  if (!tmxsim::load_description(phone, "phone.json").empty()) return 0;
+  if (!tmxsim::load_description(inspect::phone_text(phone), "phone.json").empty()) return 0;
   harvest();
   trap_unless_nothing_held();
   tmxsim::reset_state();

@@ -3,8 +3,8 @@
 
 The seeds are the default phone's own records, laid out as each target reads
 its input, plus the project's other phones and their registry additions.
-The phones are those the build replays from tmxsim/devices/. Regenerate with
-    python3 fuzz/make_corpus.py build/default/tmxsim/devices
+The phones are the descriptions kept in tmxsim/devices/. Regenerate with
+    python3 fuzz/make_corpus.py
 and commit the result.
 """
 
@@ -105,7 +105,7 @@ def trimmed(phone, records):
 def description_seeds(phone, phones):
     seeds = {"default": json.dumps(trimmed(phone, 4), separators=(",", ":")).encode()}
     for path in sorted(phones.glob("*.json")):
-        if path.name != "default.json":
+        if path.name != "default.json" and not path.name.endswith(".registry.json"):
             seeds[path.stem] = path.read_bytes()
     for path in sorted((ROOT / "kelvra" / "tests" / "devices").glob("*.json")):
         seeds["test_" + path.stem] = json.dumps(json.loads(path.read_text()),
@@ -147,9 +147,9 @@ def addition_seeds():
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit("usage: make_corpus.py BUILT-PHONES-FOLDER (e.g. build/default/tmxsim/devices)")
-    phones = pathlib.Path(sys.argv[1])
+    if len(sys.argv) != 1:
+        sys.exit("usage: make_corpus.py")
+    phones = ROOT / "tmxsim" / "devices"
     phone = json.loads((phones / "default.json").read_text())
     write("fuzz_printers", printers_seeds(phone))
     write("fuzz_profile_record", profile_seeds(phone))

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <charconv>
 #include <cstdint>
+#include <type_traits>
 
 #include "liblog_zol/general_notation.h"
 #include "liblog_zol/ZOLProfile.h"
@@ -30,6 +31,17 @@ void put_unsigned(char*& p, std::uint64_t value) {
 void put_signed(char*& p, std::int64_t value) {
   if (value < 0) *p++ = '-';
   put_unsigned(p, value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value));
+}
+
+// An integer, quoted when `quoted`; room for 24 characters.
+template <typename integer>
+void put_integer(char*& p, integer value, bool quoted) {
+  if (quoted) *p++ = '"';
+  if constexpr (std::is_signed_v<integer>)
+    put_signed(p, value);
+  else
+    put_unsigned(p, value);
+  if (quoted) *p++ = '"';
 }
 
 // At most 6 characters per byte, and the quotes.
@@ -229,7 +241,6 @@ void json_printer::begin(const record_header& header) {
   put(p, ",\"payload\":{");
   out_.commit(p);
   payload_start_ = out_.view().size() - 1;
-  beyond_doubles_ = false;
   first_field_ = true;
   seen_count_ = 0;
 }
@@ -269,13 +280,15 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
   switch (value.kind) {
     case value_kind::unsigned_number:
     case value_kind::hex_word:
-      beyond_doubles_ |= value.number >= exact_in_doubles;
-      put_unsigned(p, value.number);
+      put_integer(p, value.number, exact_ && value.number >= exact_in_doubles);
       break;
-    case value_kind::signed_number:
-      beyond_doubles_ |= value.number + exact_in_doubles >= 2 * exact_in_doubles;
-      put_signed(p, value.signed_number());
+    case value_kind::signed_number: {
+      const std::int64_t number = value.signed_number();
+      const std::uint64_t magnitude =
+          number < 0 ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
+      put_integer(p, number, exact_ && magnitude >= exact_in_doubles);
       break;
+    }
     case value_kind::floating:
       p += write_round_trip(value.floating, p);
       break;

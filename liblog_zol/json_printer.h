@@ -32,6 +32,9 @@ class json_printer final : public record_printer {
   void set_origin(const record_origin& origin) noexcept { origin_ = origin; }
   // The calendar time's zone; the C library's unless set.
   void set_zone(const local_zone& zone) noexcept { zone_ = &zone; }
+  // Payload integers from 2^53 on (either sign) as strings of their digits:
+  // a browser's numbers would not keep them. Off for the records' JSON.
+  void set_exact_in_browsers(bool exact) noexcept { exact_ = exact; }
   // Members written ahead of the record's own, as JSON ("\"a\":1,\"b\":2"):
   // a table row is the record's object with its keys in front.
   void set_leading(std::string_view members) noexcept { leading_ = members; }
@@ -47,9 +50,6 @@ class json_printer final : public record_printer {
   std::string_view payload() const noexcept {
     return out_.view().substr(payload_start_, payload_end_ - payload_start_);
   }
-  // Whether the payload holds an integer from 2^53 on, which a browser's
-  // numbers would not keep.
-  bool payload_beyond_doubles() const noexcept { return beyond_doubles_; }
 
  private:
   struct seen_key {
@@ -62,7 +62,7 @@ class json_printer final : public record_printer {
   const local_zone* zone_ = &c_library_zone();
   std::string_view leading_;
   bool first_field_ = true;
-  bool beyond_doubles_ = false;
+  bool exact_ = false;
   std::size_t payload_start_ = 0;
   std::size_t payload_end_ = 0;
   seen_key seen_[64];

@@ -287,13 +287,6 @@ std::optional<zol::timesync_pair> recovered_clock::pair() const {
   return segments[main].pair();
 }
 
-std::optional<zol::timesync_pair> recovered_clock::pair_at(std::uint64_t line) const {
-  const auto after = std::upper_bound(segment_of.begin(), segment_of.end(), line,
-                                      [](std::uint64_t l, const text_segment& s) { return l < s.line; });
-  if (after == segment_of.begin()) return std::nullopt;
-  return segments[std::prev(after)->segment].pair();
-}
-
 recovered_clock recover_clock(std::span<const timed_text> texts, const year_preference& preference,
                               const zone_rules& zone) {
   recovered_clock clock;

@@ -97,10 +97,6 @@ struct recovered_clock {
   };
   std::vector<text_segment> segment_of;
 
-  // The pair a record's calendar time is shown with; none before any
-  // segment.
-  std::optional<zol::timesync_pair> pair_at(std::uint64_t line) const;
-
   std::optional<zol::timesync_pair> pair() const;
   bool one_pair() const noexcept { return segments.size() <= 1 && unreadable.empty(); }
 };

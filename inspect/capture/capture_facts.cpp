@@ -160,6 +160,13 @@ void gather(harvest_model& h, const capture_model& model) {
   std::map<std::uint32_t, category_count> categories;
   std::map<record_source, source_count> sources;
   facts.records.reserve(h.profile.size());
+  const std::vector<recovered_clock::text_segment>& texts = model.clock.segment_of;
+  std::vector<zol::timesync_pair> pairs;
+  for (const clock_segment& segment : model.clock.segments) pairs.push_back(segment.pair());
+  std::size_t text = static_cast<std::size_t>(
+      std::lower_bound(texts.begin(), texts.end(), h.profile.empty() ? 0 : h.profile.front().line,
+                       [](const recovered_clock::text_segment& t, std::uint64_t line) { return t.line < line; }) -
+      texts.begin());
   for (std::size_t i = 0; i < h.profile.size(); ++i) {
     const profile_entry& entry = h.profile[i];
     const zol::profile_record record(entry.bytes.data());
@@ -172,10 +179,13 @@ void gather(harvest_model& h, const capture_model& model) {
     row.source = !facts.source_split      ? record_source::unknown
                  : i < *facts.source_split ? record_source::profile_service
                                            : record_source::profiler_log;
-    if (model.pair_given)
+    if (model.pair_given) {
       row.pair = model.pair;
-    else if (entry.calendar_text)
-      row.pair = model.clock.pair_at(entry.line);
+    } else if (entry.calendar_text) {
+      // Lines rise with the records, so one walk over the texts' segments.
+      while (text < texts.size() && texts[text].line <= entry.line) ++text;
+      if (text > 0) row.pair = pairs[texts[text - 1].segment];
+    }
     facts.records.push_back(row);
     facts.span.add(row.timestamp);
 

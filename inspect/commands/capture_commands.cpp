@@ -64,10 +64,10 @@ int run_report(const capture_settings& settings) {
 int run_phone(const capture_settings& settings, const std::string& additions, bool partial) {
   capture_model model;
   if (!read(settings, model)) return 2;
-  std::string description;
+  phone_description description;
   phone_fault phone;
   std::vector<std::string> assumed;
-  if (!write_phone(model, partial, description, phone, assumed)) {
+  if (!describe_phone(model, partial, description, phone, assumed)) {
     std::fprintf(stderr, "%s\n",
                  fault_line({settings.input, phone.line != 0 ? "line " + std::to_string(phone.line) : "",
                              "no phone prints this capture: " + phone.message})
@@ -91,7 +91,7 @@ int run_phone(const capture_settings& settings, const std::string& additions, bo
       return 2;
     }
   }
-  return written(write_output(settings.output, description), model);
+  return written(write_output(settings.output, phone_text(description)), model);
 }
 
 }  // namespace inspect

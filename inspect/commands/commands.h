@@ -11,7 +11,7 @@
 
 #include "inspect/capture/capture_reader.h"
 #include "inspect/capture/record_stream.h"
-#include "inspect/outputs/compare_facts.h"
+#include "inspect/compare/comparison.h"
 #include "inspect/outputs/table_rows.h"
 
 namespace inspect {

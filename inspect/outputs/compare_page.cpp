@@ -26,6 +26,7 @@ class page_printer final : public compare_printer {
   explicit page_printer(std::string& out) : out_(out) {}
 
   void heading(const comparison& c) override {
+    comparison_ = &c;
     const std::string title = "Button press compared: " + input_label(c.a.model->input) + " and " +
                               input_label(c.b.model->input);
     append_page_head(out_, title,
@@ -56,95 +57,65 @@ class page_printer final : public compare_printer {
                   c.agree() ? "" : ".", static_cast<unsigned long long>(c.options.tolerance_us));
   }
 
-  void press(const compare_part_row& part, part_status status, const comparison& c) override {
-    if (c.press.clicks_a || c.press.clicks_b)
-      write_press_picture(c, out_);
-    else
-      out_ += "<p class=\"bad\">Nothing to draw: neither capture has a statistics record.</p>\n";
-    title(part, status);
-    out_ +=
-        "<table>\n<tr><th></th><th>A</th><th>B</th><th>difference</th><th></th><th></th></tr>\n";
-    const auto count = [](std::optional<std::uint64_t> v) { return v ? std::to_string(*v) : "-"; };
-    cells({"clicks", count(c.press.clicks_a), count(c.press.clicks_b), "", "",
-           c.press.clicks == verdict::same ? "" : "differs"});
-    for (const latency_change& l : c.press.latencies)
-      cells({l.label, micros_text(l.a), micros_text(l.b),
-             l.difference ? signed_micro_text(*l.difference) : "", percent_text(l.percent),
-             l.result == verdict::same ? "" : std::string(verdict_label(l.result))});
-    out_ += "</table>\n";
-  }
-
-  void fields(const compare_part_row& part, part_status status,
-              const field_comparison& f) override {
-    title(part, status);
-    for (const one_sided_block& block : f.one_sided)
-      paragraph(block.where + ": only in " + (block.in_a ? "A" : "B") + " (" +
-                    std::to_string(block.fields) + " fields)",
-                "bad");
-    if (!f.changes.empty()) {
-      out_ += "<table>\n<tr><th></th><th>field</th><th>A</th><th>B</th><th></th></tr>\n";
-      for (const field_change& change : f.changes)
-        cells({change.where, field_name_text(change), change.a ? field_text(*change.a) : "-",
-               change.b ? field_text(*change.b) : "-", std::string(verdict_label(change.result))});
-      out_ += "</table>\n";
+  void begin_part(const compare_part_row& part, part_status status) override {
+    if (part.part == compare_part::press) {
+      if (comparison_->press.clicks_a || comparison_->press.clicks_b)
+        write_press_picture(*comparison_, out_);
+      else
+        out_ += "<p class=\"bad\">Nothing to draw: neither capture has a statistics record.</p>\n";
     }
-    paragraph(std::to_string(f.unchanged) + " fields the same", "quiet");
+    const bool bad = status == part_status::differs;
+    out_ += bad ? "<h2 class=\"bad\">" : "<h2>";
+    append_html(out_, capitalised(part.title) + ": " + std::string(status_label(status)));
+    out_ += "</h2>\n";
+  }
+  void end_part() override { close_table(); }
+  void value(std::string_view, const compare_cell&) override {}
+  void note(std::string_view text) override {
+    close_table();
+    paragraph(text, "quiet");
+  }
+  void header(std::string_view note_title) override {
+    close_table();
+    note_title_ = note_title;
+  }
+  void pair(std::string_view label, std::string_view, const compare_cell& a, std::string_view,
+            const compare_cell& b, std::string_view note) override {
+    if (label.empty()) return;
+    open_table(false);
+    cells({std::string(label), a.text, b.text, std::string(note)});
   }
 
-  void records(const compare_part_row& part, part_status status,
-               const records_comparison& r) override {
-    title(part, status);
-    out_ += "<table>\n<tr><th></th><th>A</th><th></th><th>B</th><th></th><th></th></tr>\n";
-    cells({"records", std::to_string(r.a),
-           milliseconds_text(static_cast<std::int64_t>(r.a_span_us)) + " ms", std::to_string(r.b),
-           milliseconds_text(static_cast<std::int64_t>(r.b_span_us)) + " ms", ""});
-    for (const component_rate& c : r.components)
-      cells({c.category + " · " + c.component, std::to_string(c.a), rate_text(c.a_per_second),
-             std::to_string(c.b), rate_text(c.b_per_second),
-             c.result == verdict::same ? "" : std::string(verdict_label(c.result))});
-    out_ += "</table>\n";
-  }
-
-  void events(const compare_part_row& part, part_status status,
-              const events_comparison& e) override {
-    title(part, status);
-    paragraph(std::to_string(e.shared) + " event names in both", "quiet");
-    for (const auto& [side, list] : {std::pair{"A", &e.only_a}, std::pair{"B", &e.only_b}})
-      for (const event_name& name : *list)
-        paragraph("only in " + std::string(side) + ": " + name.category + " · " + name.component +
-                      " · " + name.event,
-                  "bad");
-  }
-
-  void sequences(const compare_part_row& part, part_status status,
-                 const sequence_comparison& s) override {
-    title(part, status);
-    out_ += "<table>\n<tr><th></th><th>A</th><th>B</th></tr>\n";
-    cells({"runs of numbers", std::to_string(s.a.runs), std::to_string(s.b.runs)});
-    cells({"numbers lost", std::to_string(s.a.lost), std::to_string(s.b.lost)});
-    cells({"numbers repeated", std::to_string(s.a.repeated), std::to_string(s.b.repeated)});
-    cells({"out of order", std::to_string(s.a.out_of_order), std::to_string(s.b.out_of_order)});
-    out_ += "</table>\n";
-  }
-
-  void reports(const compare_part_row& part, part_status status, const hid_comparison& h) override {
-    title(part, status);
-    out_ += "<table>\n<tr><th></th><th>A</th><th>B</th><th>bytes that differ</th></tr>\n";
-    for (const report_change& r : h.reports) {
-      std::string offsets;
-      for (const std::size_t offset : r.offsets)
-        offsets += (offsets.empty() ? "" : ", ") + std::to_string(offset);
-      cells({"report " + hex_text(r.id), report_text(r.a), report_text(r.b),
-             r.result == verdict::same ? ""
-             : offsets.empty()         ? "differs"
-                                       : offsets});
+  void table(std::string_view, std::span<const compare_column> columns, const compare_rows& rows,
+             bool lines) override {
+    if (lines) {
+      if (!rows.empty()) close_table();
+      for (const std::vector<compare_cell>& row : rows)
+        paragraph(slot_text(columns, row, compare_slot::name), "bad");
+      return;
     }
-    out_ += "</table>\n";
+    const bool grouped = std::any_of(columns.begin(), columns.end(), [](const compare_column& c) {
+      return c.slot == compare_slot::group;
+    });
+    for (const std::vector<compare_cell>& row : rows) {
+      open_table(grouped);
+      std::vector<std::string> texts;
+      for (const compare_slot slot : {compare_slot::group, compare_slot::name, compare_slot::a,
+                                      compare_slot::b, compare_slot::note})
+        if (slot != compare_slot::group || grouped) texts.push_back(slot_text(columns, row, slot));
+      cells(texts);
+    }
   }
 
-  void failures(const compare_part_row& part, part_status status,
-                const failure_comparison& f) override {
-    title(part, status);
+  void sides(std::span<const compare_side_row> rows) override {
+    for (const compare_side_row& r : rows) {
+      if (r.label.empty()) continue;
+      open_table(false);
+      cells({std::string(r.label), std::to_string(r.a), std::to_string(r.b), ""});
+    }
+  }
+
+  void failures(const failure_comparison& f) override {
     paragraph(std::to_string(f.both.size()) + " in both, " + std::to_string(f.only_a.size()) +
                   " only in A, " + std::to_string(f.only_b.size()) + " only in B",
               "quiet");
@@ -172,14 +143,24 @@ class page_printer final : public compare_printer {
   void finish(const comparison&) override { out_ += "</body>\n</html>\n"; }
 
  private:
-  void title(const compare_part_row& part, part_status status) {
-    const bool bad = status == part_status::differs;
-    out_ += bad ? "<h2 class=\"bad\">" : "<h2>";
-    append_html(out_, capitalised(part.title) + ": " + std::string(status_label(status)));
-    out_ += "</h2>\n";
+  // A table opens at its first row, under the heads header() gave.
+  void open_table(bool grouped) {
+    if (table_open_) return;
+    table_open_ = true;
+    out_ += "<table>\n<tr>";
+    if (grouped) out_ += "<th></th>";
+    out_ += "<th></th><th>A</th><th>B</th><th>";
+    append_html(out_, note_title_);
+    out_ += "</th></tr>\n";
   }
 
-  void paragraph(const std::string& text, std::string_view style) {
+  void close_table() {
+    if (!table_open_) return;
+    table_open_ = false;
+    out_ += "</table>\n";
+  }
+
+  void paragraph(std::string_view text, std::string_view style) {
     out_ += "<p class=\"";
     out_ += style;
     out_ += "\">";
@@ -187,7 +168,7 @@ class page_printer final : public compare_printer {
     out_ += "</p>\n";
   }
 
-  void cells(std::initializer_list<std::string> texts) {
+  void cells(const std::vector<std::string>& texts) {
     out_ += "<tr>";
     for (const std::string& text : texts) {
       out_ += "<td>";
@@ -198,6 +179,9 @@ class page_printer final : public compare_printer {
   }
 
   std::string& out_;
+  const comparison* comparison_ = nullptr;
+  std::string note_title_;
+  bool table_open_ = false;
 };
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "inspect/outputs/compare_facts.h"
+#include "inspect/compare/comparison.h"
 
 namespace inspect {
 

@@ -13,10 +13,6 @@ namespace {
 constexpr std::size_t name_width = 34;
 constexpr std::size_t value_width = 16;
 
-std::string count_or_dash(std::optional<std::uint64_t> value) {
-  return value ? std::to_string(*value) : "-";
-}
-
 std::string side_text(const compare_side& side) {
   const capture_model& model = *side.model;
   std::string text = input_label(model.input);
@@ -48,115 +44,55 @@ class text_printer final : public compare_printer {
     out_ += "\n";
   }
 
-  void press(const compare_part_row& part, part_status status, const comparison& c) override {
-    title(part, status);
-    const press_comparison& p = c.press;
-    if (!p.clicks_a && !p.clicks_b) {
-      out_ += "  neither capture has a statistics record\n";
-      return;
-    }
-    row("", "A", "B", "difference");
-    row("clicks", count_or_dash(p.clicks_a), count_or_dash(p.clicks_b),
-        p.clicks == verdict::same ? "" : "differs");
-    for (const latency_change& l : p.latencies) {
-      std::string difference;
-      if (l.difference)
-        difference = padded(signed_micro_text(*l.difference), 12) + percent_text(l.percent);
-      if (l.result != verdict::same)
-        difference += (difference.empty() ? "" : "  ") + std::string(verdict_label(l.result));
-      row(l.label, micros_text(l.a), micros_text(l.b), difference);
-    }
+  void begin_part(const compare_part_row& part, part_status status) override {
+    out_ += "\n";
+    out_ += part.title;
+    out_ += ": ";
+    out_ += status_label(status);
+    out_ += "\n";
+  }
+  void end_part() override {}
+  void value(std::string_view, const compare_cell&) override {}
+  void note(std::string_view text) override {
+    out_ += "  ";
+    out_ += text;
+    out_ += "\n";
+  }
+  void header(std::string_view note_title) override { row("", "A", "B", note_title); }
+  void pair(std::string_view label, std::string_view, const compare_cell& a, std::string_view,
+            const compare_cell& b, std::string_view note) override {
+    if (!label.empty()) row(label, a.text, b.text, note);
   }
 
-  void fields(const compare_part_row& part, part_status status,
-              const field_comparison& f) override {
-    title(part, status);
-    if (f.one_sided.empty() && f.changes.empty()) {
-      if (f.unchanged == 0)
-        out_ += "  in neither capture\n";
-      else
-        append_format(out_, "  no difference in %zu fields\n", f.unchanged);
+  void table(std::string_view, std::span<const compare_column> columns, const compare_rows& rows,
+             bool lines) override {
+    if (lines) {
+      for (const std::vector<compare_cell>& cells : rows) note(slot_text(columns, cells, compare_slot::name));
       return;
     }
-    for (const one_sided_block& block : f.one_sided)
-      append_format(out_, "  %s: only in %s (%zu fields)\n", block.where.c_str(),
-                    block.in_a ? "A" : "B", block.fields);
-    if (!f.changes.empty()) row("", "A", "B", "");
-    std::string_view where;
-    for (const field_change& change : f.changes) {
-      if (change.where != where) {
-        where = change.where;
-        out_ += "  " + change.where + "\n";
+    // Rows under a group's heading are set in under it.
+    const bool grouped = std::any_of(columns.begin(), columns.end(), [](const compare_column& c) {
+      return c.slot == compare_slot::group;
+    });
+    std::string group;
+    for (const std::vector<compare_cell>& cells : rows) {
+      if (std::string heading = slot_text(columns, cells, compare_slot::group); heading != group) {
+        group = std::move(heading);
+        note(group);
       }
-      row("  " + field_name_text(change), change.a ? field_text(*change.a) : "-",
-          change.b ? field_text(*change.b) : "-", std::string(verdict_label(change.result)));
-    }
-    if (f.unchanged != 0) append_format(out_, "  %zu fields the same\n", f.unchanged);
-  }
-
-  void records(const compare_part_row& part, part_status status,
-               const records_comparison& r) override {
-    title(part, status);
-    row("", "A", "B", "");
-    row("records", std::to_string(r.a), std::to_string(r.b), "");
-    row("span", milliseconds_text(static_cast<std::int64_t>(r.a_span_us)) + " ms",
-        milliseconds_text(static_cast<std::int64_t>(r.b_span_us)) + " ms", "");
-    for (const component_rate& c : r.components)
-      row(c.category + " · " + c.component,
-          padded(std::to_string(c.a), 7) + rate_text(c.a_per_second),
-          padded(std::to_string(c.b), 7) + rate_text(c.b_per_second),
-          c.result == verdict::same ? "" : std::string(verdict_label(c.result)));
-  }
-
-  void events(const compare_part_row& part, part_status status,
-              const events_comparison& e) override {
-    title(part, status);
-    append_format(out_, "  %zu event names in both\n", e.shared);
-    for (const auto& [side, list] : {std::pair{"A", &e.only_a}, std::pair{"B", &e.only_b}})
-      for (const event_name& name : *list)
-        append_format(out_, "  only in %s: %s · %s · %s\n", side, name.category.c_str(),
-                      name.component.c_str(), name.event.c_str());
-  }
-
-  void sequences(const compare_part_row& part, part_status status,
-                 const sequence_comparison& s) override {
-    title(part, status);
-    row("", "A", "B", "");
-    const struct {
-      std::string_view label;
-      std::uint64_t a, b;
-    } rows[] = {{"runs of numbers", s.a.runs, s.b.runs},
-                {"numbers lost", s.a.lost, s.b.lost},
-                {"numbers repeated", s.a.repeated, s.b.repeated},
-                {"out of order", s.a.out_of_order, s.b.out_of_order}};
-    for (const auto& r : rows)
-      row(std::string(r.label), std::to_string(r.a), std::to_string(r.b), "");
-  }
-
-  void reports(const compare_part_row& part, part_status status, const hid_comparison& h) override {
-    title(part, status);
-    if (h.reports.empty()) {
-      out_ += "  in neither capture\n";
-      return;
-    }
-    row("", "A", "B", "");
-    for (const report_change& r : h.reports) {
-      std::string note = r.result == verdict::same ? "" : "differs";
-      if (!r.offsets.empty()) {
-        note += " at byte";
-        note += r.offsets.size() == 1 ? " " : "s ";
-        for (std::size_t i = 0; i < r.offsets.size(); ++i) {
-          if (i) note += ',';
-          note += std::to_string(r.offsets[i]);
-        }
-      }
-      row("report " + hex_text(r.id), report_text(r.a), report_text(r.b), note);
+      std::string name = grouped ? "  " : "";
+      name += slot_text(columns, cells, compare_slot::name);
+      row(name, slot_text(columns, cells, compare_slot::a), slot_text(columns, cells, compare_slot::b),
+          slot_text(columns, cells, compare_slot::note));
     }
   }
 
-  void failures(const compare_part_row& part, part_status status,
-                const failure_comparison& f) override {
-    title(part, status);
+  void sides(std::span<const compare_side_row> rows) override {
+    for (const compare_side_row& r : rows)
+      if (!r.label.empty()) row(r.label, std::to_string(r.a), std::to_string(r.b), "");
+  }
+
+  void failures(const failure_comparison& f) override {
     append_format(out_, "  %zu in both, %zu only in A, %zu only in B\n", f.both.size(),
                   f.only_a.size(), f.only_b.size());
     for (const auto& [side, list] : {std::pair{"A", &f.only_a}, std::pair{"B", &f.only_b}}) {
@@ -186,20 +122,15 @@ class text_printer final : public compare_printer {
   }
 
  private:
-  void title(const compare_part_row& part, part_status status) {
-    out_ += "\n";
-    out_ += part.title;
-    out_ += ": ";
-    out_ += status_label(status);
-    out_ += "\n";
-  }
-
-  void row(const std::string& name, const std::string& a, const std::string& b,
-           const std::string& note) {
-    std::string line =
-        "  " + padded(name, name_width) + padded(a, value_width) + padded(b, value_width) + note;
+  void row(std::string_view name, std::string_view a, std::string_view b, std::string_view note) {
+    std::string line = "  ";
+    line += padded(name, name_width);
+    line += padded(a, value_width);
+    line += padded(b, value_width);
+    line += note;
     while (!line.empty() && line.back() == ' ') line.pop_back();
-    out_ += line + "\n";
+    out_ += line;
+    out_ += "\n";
   }
 
   std::string& out_;

@@ -2,16 +2,51 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 #include "inspect/input/utf8.h"
 #include "liblog_zol/general_notation.h"
 
 namespace inspect {
 
+namespace {
+
+// Whether every byte goes into a JSON string as it is: printable ASCII
+// other than the quote and the backslash. Eight bytes a step, so that long
+// texts (a phone's replies in hex) are copied whole; a word it cannot clear
+// goes to the byte-wise writer.
+bool plain_ascii(std::string_view text) {
+  constexpr std::uint64_t ones = 0x0101010101010101;
+  constexpr std::uint64_t highs = 0x8080808080808080;
+  const auto any_zero = [](std::uint64_t v) { return (v - ones) & ~v & highs; };
+  std::size_t at = 0;
+  for (; at + 8 <= text.size(); at += 8) {
+    std::uint64_t w;
+    std::memcpy(&w, text.data() + at, 8);
+    const std::uint64_t control = (w - 0x20 * ones) & ~w & highs;  // a byte below 0x20
+    const std::uint64_t high = (w + ones) | w;                      // 0x7f and up
+    if ((control | (high & highs) | any_zero(w ^ ('"' * ones)) | any_zero(w ^ ('\\' * ones))) != 0)
+      return false;
+  }
+  for (; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 0x20 || byte >= 0x7f || byte == '"' || byte == '\\') return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 void append_json_string(std::string& out, std::string_view text) {
   static constexpr char hex[] = "0123456789abcdef";
-  const bool utf8 = valid_utf8(text);
   out += '"';
+  if (plain_ascii(text)) {
+    out += text;
+    out += '"';
+    return;
+  }
+  const bool utf8 = valid_utf8(text);
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte == '"' || byte == '\\') {
@@ -32,47 +67,7 @@ namespace {
 
 constexpr std::uint64_t exact_limit = std::uint64_t{1} << 53;
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 }  // namespace
-
-void append_exact_json(std::string& out, std::string_view json) {
-  bool in_string = false;
-  std::size_t at = 0;
-  while (at < json.size()) {
-    const char c = json[at];
-    if (in_string) {
-      out += c;
-      if (c == '\\' && at + 1 < json.size()) out += json[++at];
-      else if (c == '"') in_string = false;
-      ++at;
-      continue;
-    }
-    if (c == '"') in_string = true;
-    if (!is_digit(c) && !(c == '-' && at + 1 < json.size() && is_digit(json[at + 1]))) {
-      out += c;
-      ++at;
-      continue;
-    }
-    std::size_t end = at + 1;
-    while (end < json.size() && (is_digit(json[end]) || json[end] == '.' || json[end] == 'e' ||
-                                 json[end] == 'E' || json[end] == '+' || json[end] == '-'))
-      ++end;
-    const std::string_view number = json.substr(at, end - at);
-    const std::string_view digits = number.substr(number.front() == '-' ? 1 : 0);
-    std::uint64_t value = 0;
-    const auto [past, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    const bool integer = past == digits.data() + digits.size();
-    if (integer && (error != std::errc{} || value >= exact_limit)) {
-      out += '"';
-      out += number;
-      out += '"';
-    } else {
-      out += number;
-    }
-    at = end;
-  }
-}
 
 void json_writer::new_line() {
   out_ += '\n';
@@ -192,15 +187,6 @@ json_writer& json_writer::null() {
 json_writer& json_writer::raw(std::string_view json) {
   separate();
   out_ += json;
-  return *this;
-}
-
-json_writer& json_writer::raw_exact(std::string_view json) {
-  separate();
-  if (exact_)
-    append_exact_json(out_, json);
-  else
-    out_ += json;
   return *this;
 }
 

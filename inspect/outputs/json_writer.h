@@ -15,9 +15,6 @@ namespace inspect {
 // code points of the same values, as the records' JSON does.
 void append_json_string(std::string& out, std::string_view text);
 
-// JSON text with every integer from 2^53 on (either sign) quoted.
-void append_exact_json(std::string& out, std::string_view json);
-
 // Keys, values and the commas between them.
 class json_writer {
  public:
@@ -48,10 +45,8 @@ class json_writer {
   json_writer& value(bool flag);
   json_writer& number(double value);  // finite values; others are null
   json_writer& null();
-  // A value that is JSON already.
+  // A value that is JSON already, its integers written as its writer chose.
   json_writer& raw(std::string_view json);
-  // The same, its integers kept exact as above.
-  json_writer& raw_exact(std::string_view json);
   // The next value starts a line: one event a line reads and compares well.
   json_writer& line_break() {
     break_ = true;

@@ -1,17 +1,14 @@
 #include "inspect/outputs/phone_additions.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <initializer_list>
 
-#include "inspect/outputs/json_writer.h"
 #include "inspect/outputs/phone_writer.h"
 
 namespace inspect {
 namespace {
 
-using json = nlohmann::ordered_json;
+using json = phone_description;
 
 // The keys whose objects are merged key by key; any other item is taken
 // whole when the phone lacks it.
@@ -59,30 +56,6 @@ std::string message_of(const std::exception& error) {
   const std::size_t colon = message.find(": ");
   if (message.starts_with("parse error") && colon != std::string::npos) message.erase(0, colon + 2);
   return message;
-}
-
-void write_value(json_writer& out, const json& value) {
-  switch (value.type()) {
-    case json::value_t::object:
-      out.begin_object();
-      for (const auto& [key, item] : value.items()) {
-        out.key(key);
-        write_value(out, item);
-      }
-      out.end_object();
-      break;
-    case json::value_t::array:
-      out.begin_array();
-      for (const json& item : value) write_value(out, item);
-      out.end_array();
-      break;
-    case json::value_t::string: out.value(value.get_ref<const std::string&>()); break;
-    case json::value_t::boolean: out.value(value.get<bool>()); break;
-    case json::value_t::number_unsigned: out.value(value.get<std::uint64_t>()); break;
-    case json::value_t::number_integer: out.value(value.get<std::int64_t>()); break;
-    case json::value_t::number_float: out.number(value.get<double>()); break;
-    default: out.null(); break;
-  }
 }
 
 class merger {
@@ -197,7 +170,7 @@ class merger {
 
 }  // namespace
 
-bool add_to_phone(std::string& phone, std::string_view additions, addition_fault& fault) {
+bool add_to_phone(phone_description& mine, std::string_view additions, addition_fault& fault) {
   // The writer recurses, so depth is bounded as the platform bounds it.
   constexpr int deepest = 64;
   int depth_seen = 0;
@@ -226,7 +199,7 @@ bool add_to_phone(std::string& phone, std::string_view additions, addition_fault
   for (const auto& [key, by_name] : {std::pair{"services", true}, {"hid_devices", false}}) {
     if (more.contains(key) && !check_entries(more[key], key, by_name, fault)) return false;
   }
-  json mine = json::parse(phone);
+  if (!mine.is_object()) mine = json::object();
   merger merge(fault);
   for (const auto& [key, value] : more.items()) {
     if (key == "services") {
@@ -239,10 +212,6 @@ bool add_to_phone(std::string& phone, std::string_view additions, addition_fault
       mine[key] = value;
     }
   }
-  phone.clear();
-  json_writer out(phone, true);
-  write_value(out, mine);
-  phone += '\n';
   return true;
 }
 

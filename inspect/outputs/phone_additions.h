@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "inspect/outputs/phone_writer.h"
+
 namespace inspect {
 
 struct addition_fault {
@@ -14,9 +16,10 @@ struct addition_fault {
   std::string message;
 };
 
-// Adds the items of the description `additions` to `phone` (both JSON
-// texts). Services and their children are matched by name, HID devices by
-// place; where both have an item, the phone's own stands.
-bool add_to_phone(std::string& phone, std::string_view additions, addition_fault& fault);
+// Adds the items of the description `additions` (JSON text) to `phone`.
+// Services and their children are matched by name, HID devices by place;
+// where both have an item, the phone's own stands. On a fault `phone` may
+// hold part of the additions.
+bool add_to_phone(phone_description& phone, std::string_view additions, addition_fault& fault);
 
 }  // namespace inspect

@@ -1,13 +1,11 @@
 #include "inspect/outputs/phone_writer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 
 #include "inspect/capture/number_text.h"
-#include "inspect/outputs/json_writer.h"
+#include "inspect/outputs/json_tree.h"
 #include "liblog_zol/ZOLProfile.h"
-#include "liblog_zol/digit_tables.h"
 
 namespace inspect {
 namespace {
@@ -34,55 +32,44 @@ bool missing(const entry_state& state) {
 
 bool seen(const entry_state& state) { return state.wide != nullptr || state.per_call != nullptr; }
 
-// Reply bytes in hex, a blank between profile records for the reader.
-std::string reply_hex(const device_call& call) {
+// Reply bytes, written in hex with a blank between profile records for
+// the reader.
+phone_description reply_bytes(const device_call& call) {
   const bool log = call.about == request::profile_events || call.about == request::profiler_log;
-  const std::size_t group = log ? profile_record_size : call.reply.size() + 1;
-  const std::vector<std::uint8_t>& bytes = call.reply;
-  std::string text(bytes.size() * 2 + (bytes.empty() ? 0 : (bytes.size() - 1) / group) + 2, '"');
-  char* out = text.data() + 1;
-  for (std::size_t first = 0; first < bytes.size(); first += group) {
-    if (first != 0) *out++ = ' ';
-    for (std::size_t i = first; i < std::min(bytes.size(), first + group); ++i, out += 2)
-      std::memcpy(out, &zol::hex_pairs[2 * std::size_t{bytes[i]}], 2);
-  }
-  return text;
+  return log ? phone_description::binary(call.reply, profile_record_size)
+             : phone_description::binary(call.reply);
 }
 
-void answer(json_writer& json, const device_call& call) {
-  json.begin_object();
+phone_description answer(const device_call& call) {
+  phone_description item = phone_description::object();
   if (call.outcome == call_outcome::refused)
-    json.key("result").value(hex_text(call.value));
+    item["result"] = hex_text(call.value);
   else
-    json.key("reply").raw(reply_hex(call));
-  json.end_object();
+    item["reply"] = reply_bytes(call);
+  return item;
 }
 
 // "commands", "methods" or "reports": each key's answers, a list when the
 // harvest asked more than once.
-void answers(json_writer& json, std::string_view key, const entry_state& state) {
+void answers(phone_description& entry, const char* key, const entry_state& state) {
   if (state.keys.empty()) return;
-  json.key(key).begin_object();
+  phone_description& by_key = entry[key] = phone_description::object();
   for (const std::string& name : state.keys) {
     const std::vector<const device_call*>& list = state.answers.at(name);
-    json.key(name);
     if (list.size() == 1) {
-      answer(json, *list.front());
+      by_key[name] = answer(*list.front());
       continue;
     }
-    json.begin_array();
-    for (const device_call* call : list) answer(json, *call);
-    json.end_array();
+    phone_description& calls = by_key[name] = phone_description::array();
+    for (const device_call* call : list) calls.push_back(answer(*call));
   }
-  json.end_object();
 }
 
 // open_result and null_connection as a service-wide outcome gives them.
-void opening(json_writer& json, const entry_state& state) {
+void opening(phone_description& entry, const entry_state& state) {
   if (state.wide == nullptr) return;
-  if (state.wide->outcome == call_outcome::open_failed)
-    json.key("open_result").value(hex_text(state.wide->value));
-  if (state.wide->outcome == call_outcome::zero_connection) json.key("null_connection").value(true);
+  if (state.wide->outcome == call_outcome::open_failed) entry["open_result"] = hex_text(state.wide->value);
+  if (state.wide->outcome == call_outcome::zero_connection) entry["null_connection"] = true;
 }
 
 // The first place where no phone prints what the capture shows.
@@ -129,8 +116,8 @@ bool printable(const capture_model& model, bool partial, phone_fault& fault,
 
 }  // namespace
 
-bool write_phone(const capture_model& model, bool partial, std::string& text, phone_fault& fault,
-                 std::vector<std::string>& assumed) {
+bool describe_phone(const capture_model& model, bool partial, phone_description& phone,
+                    phone_fault& fault, std::vector<std::string>& assumed) {
   if (!printable(model, partial, fault, assumed)) return false;
   // One state an entry, in the order the requests name them.
   std::map<std::string_view, entry_state> states;
@@ -169,18 +156,15 @@ bool write_phone(const capture_model& model, bool partial, std::string& text, ph
     return found == states.end() ? none : found->second;
   };
 
-  text.clear();
-  json_writer json(text, true);
-  json.begin_object();
-  json.key("services").begin_array();
+  phone = phone_description::object();
+  phone_description& services = phone["services"] = phone_description::array();
   for (const request about : {request::stats, request::lyn_state, request::btmspk_state}) {
     const entry_state& state = state_of(about);
     if (missing(state) || !seen(state)) continue;
-    json.begin_object();
-    json.key("name").value(request_row(about).phone_entry);
-    opening(json, state);
-    answers(json, "commands", state);
-    json.end_object();
+    phone_description entry = {{"name", request_row(about).phone_entry}};
+    opening(entry, state);
+    answers(entry, "commands", state);
+    services.push_back(std::move(entry));
   }
 
   // One entry serves both readers: the events by its name through the
@@ -189,31 +173,25 @@ bool write_phone(const capture_model& model, bool partial, std::string& text, ph
   const entry_state& events = state_of(request::profile_events);
   const entry_state& profiler = state_of(request::profiler_log);
   if (seen(events) || seen(profiler)) {
-    json.begin_object();
-    json.key("name").value(request_row(request::profile_events).phone_entry);
-    if (missing(events)) json.key("class").value("CorvelTMXProfiler");
-    opening(json, events);
-    answers(json, "commands", events);
+    phone_description entry = {{"name", request_row(request::profile_events).phone_entry}};
+    if (missing(events)) entry["class"] = "CorvelTMXProfiler";
+    opening(entry, events);
+    answers(entry, "commands", events);
     if (!(profiler.wide != nullptr && profiler.wide->outcome == call_outcome::no_child)) {
-      json.key("children").begin_array().begin_object();
-      json.key("name").value(request_row(request::profiler_log).phone_entry);
-      opening(json, profiler);
-      answers(json, "methods", profiler);
-      json.end_object().end_array();
+      phone_description child = {{"name", request_row(request::profiler_log).phone_entry}};
+      opening(child, profiler);
+      answers(child, "methods", profiler);
+      entry["children"] = phone_description::array({std::move(child)});
     }
-    json.end_object();
+    services.push_back(std::move(entry));
   }
 
   if (model.pair) {
-    json.begin_object();
-    json.key("name").value("CorvelTMXTimesync");
-    json.key("class").value("CorvelTMXTimesync");
-    json.key("properties").begin_object().key("timesync").begin_object();
-    json.key("tmx").value(std::int64_t{model.pair->tmx});
-    json.key("calendar").value(std::int64_t{model.pair->calendar});
-    json.end_object().end_object().end_object();
+    phone_description entry = {{"name", "CorvelTMXTimesync"}, {"class", "CorvelTMXTimesync"}};
+    entry["properties"]["timesync"] = {{"tmx", std::int64_t{model.pair->tmx}},
+                                       {"calendar", std::int64_t{model.pair->calendar}}};
+    services.push_back(std::move(entry));
   }
-  json.end_array();
 
   const entry_state& hid = state_of(request::hid_device);
   const bool matching_failed = std::any_of(model.harvests.begin(), model.harvests.end(), [](const harvest_model& h) {
@@ -222,18 +200,29 @@ bool write_phone(const capture_model& model, bool partial, std::string& text, ph
     });
   });
   if (!missing(hid) && seen(hid) && !matching_failed) {
-    json.key("hid_devices").begin_array().begin_object();
-    json.key("usage_page").value(std::uint64_t{0xFF00});
-    json.key("usage").value(std::uint64_t{0x20});
-    if (hid.wide != nullptr && hid.wide->outcome == call_outcome::not_created)
-      json.key("create").value(false);
+    phone_description device = {{"usage_page", std::uint64_t{0xFF00}}, {"usage", std::uint64_t{0x20}}};
+    if (hid.wide != nullptr && hid.wide->outcome == call_outcome::not_created) device["create"] = false;
     if (hid.wide != nullptr && hid.wide->outcome == call_outcome::open_failed)
-      json.key("open_result").value(hex_text(hid.wide->value));
-    answers(json, "reports", hid);
-    json.end_object().end_array();
+      device["open_result"] = hex_text(hid.wide->value);
+    answers(device, "reports", hid);
+    phone["hid_devices"] = phone_description::array({std::move(device)});
   }
-  json.end_object();
+  return true;
+}
+
+std::string phone_text(const phone_description& phone) {
+  std::string text;
+  json_writer json(text, true);
+  write_json_tree(json, phone);
   text += '\n';
+  return text;
+}
+
+bool write_phone(const capture_model& model, bool partial, std::string& text, phone_fault& fault,
+                 std::vector<std::string>& assumed) {
+  phone_description phone;
+  if (!describe_phone(model, partial, phone, fault, assumed)) return false;
+  text = phone_text(phone);
   return true;
 }
 

@@ -11,10 +11,6 @@ constexpr std::uint32_t arguments_type = 3;
 constexpr std::uint32_t sensor_data = 2;
 constexpr std::uint32_t sensor_filtdata = 3;
 
-bool same_family(const std::string& slot_name, const std::string& name) {
-  return slot_name == name || slot_name.rfind(name + " (", 0) == 0;
-}
-
 bool fits(const thread_packer::slot& s, std::uint64_t from, std::uint64_t to) {
   for (const auto& [a, b] : s.spans) {
     const bool apart = to < a || b < from;
@@ -54,21 +50,21 @@ const sample_axes* samples_of(const record_row& row) {
 int thread_packer::place(const std::string& name, std::uint64_t from, std::uint64_t to) {
   int copy = 1;
   for (slot& s : slots_) {
-    if (!same_family(s.name, name)) continue;
+    if (s.kind != name) continue;
     ++copy;
     if (fits(s, from, to)) {
       s.spans.emplace_back(from, to);
       return s.tid;
     }
   }
-  std::string slot_name = copy == 1 ? name : name + " (" + std::to_string(copy) + ")";
-  slots_.push_back({slot_name, static_cast<int>(slots_.size()) + 1, {{from, to}}});
+  std::string shown = copy == 1 ? name : name + " (" + std::to_string(copy) + ")";
+  slots_.push_back({name, copy, std::move(shown), static_cast<int>(slots_.size()) + 1, {{from, to}}});
   return slots_.back().tid;
 }
 
 void thread_packer::reserve(const std::string& name) {
-  if (std::none_of(slots_.begin(), slots_.end(), [&](const slot& s) { return s.name == name; }))
-    slots_.push_back({name, static_cast<int>(slots_.size()) + 1, {}});
+  if (std::none_of(slots_.begin(), slots_.end(), [&](const slot& s) { return s.kind == name; }))
+    slots_.push_back({name, 1, name, static_cast<int>(slots_.size()) + 1, {}});
 }
 
 }  // namespace inspect

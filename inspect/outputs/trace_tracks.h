@@ -31,7 +31,9 @@ const sample_axes* samples_of(const record_row& row);
 class thread_packer {
  public:
   struct slot {
-    std::string name;
+    std::string kind;  // the name asked for: "finger", "haptics"...
+    int copy;          // of that kind, from 1
+    std::string name;  // shown: the kind, then "(2)", "(3)"... for its copies
     int tid;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
   };

@@ -42,6 +42,7 @@ class trace_builder {
         json_(out),
         origin_(facts_.earliest.value_or(0)) {
     json_.exact_in_browsers();
+    printer_.set_exact_in_browsers(true);
   }
 
   void build() {
@@ -325,11 +326,7 @@ class trace_builder {
     if (auto calendar = calendar_of(model_, row.timestamp)) json_.key("calendar_time").value(*calendar);
     if (row.source != record_source::unknown) json_.key("source").value(source_name(row.source));
     json_.key("type").value(zol::type_name(row.category(), row.type()).view());
-    json_.key("payload");
-    if (printer_.payload_beyond_doubles())
-      json_.raw_exact(printer_.payload());
-    else
-      json_.raw(printer_.payload());
+    json_.key("payload").raw(printer_.payload());
     json_.end_object();
   }
 

@@ -96,9 +96,7 @@ def check(name, zone, calendar, year):
             under_tz = run(command + [capture] + common, zone=tz)
             if with_zone.stdout != under_tz.stdout or with_zone.returncode != under_tz.returncode:
                 faults.append(f"{name}: {command[0]} --zone differs from TZ={tz}")
-    # The report repeats keys of the get-stats lines (not this test's
-    # concern): only its timesync pair is read.
-    report = json.loads(run(["report"] + given).stdout)
+    report = strict(run(["report"] + given).stdout)
     clock = report["timesync"]
     offset = (clock["calendar_ns"] - clock["tmx_ns"]) % 2**64
     true_offset = (pair["calendar"] - pair["tmx"]) % 2**64

@@ -71,6 +71,33 @@ TEST_F(json_printer_test, header_ids_come_with_their_names) {
   EXPECT_TRUE(unknown["source"].is_null());
 }
 
+TEST_F(json_printer_test, exact_in_browsers_quotes_payload_integers_a_double_loses) {
+  // A table entry's ids are 64-bit: 2^53 is the first a double may not keep.
+  constexpr std::uint64_t first_lost = std::uint64_t{1} << 53;
+  const record_bytes entry =
+      record_bytes(0x0000000b).u64(16, first_lost).u64(24, first_lost - 1).u32(32, 7);
+  const struct {
+    bool exact;
+    nlohmann::json global_id, entry_id;
+  } cases[] = {
+      {false, first_lost, first_lost - 1},
+      {true, "9007199254740992", first_lost - 1},
+  };
+  for (const auto& test : cases) {
+    zol::json_printer printer;
+    printer.set_exact_in_browsers(test.exact);
+    zol::no_clock none;
+    decode_profile_record(printer, entry.data(), none);
+    const nlohmann::json record = nlohmann::json::parse(printer.view());
+    const nlohmann::json payload = nlohmann::json::parse(printer.payload());
+    EXPECT_EQ(payload, record["payload"]);
+    EXPECT_EQ(payload["global_id"], test.global_id) << test.exact;
+    EXPECT_EQ(payload["entry_id"], test.entry_id) << test.exact;
+    EXPECT_EQ(payload["arg1"], 7) << test.exact;
+    EXPECT_EQ(record["timestamp"], 0) << test.exact;
+  }
+}
+
 TEST_F(json_printer_test, calendar_time_in_iso_8601_or_null) {
   zol::fixed_clock clock({5000000, 1700000000000000000});
   EXPECT_EQ(record_json(record_bytes(0, 0, 5042), clock)["calendar_time"],

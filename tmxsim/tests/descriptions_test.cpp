@@ -108,9 +108,11 @@ TEST(descriptions, each_error_names_the_item_and_the_fault) {
     EXPECT_NE(error.find(problem), std::string::npos) << error;
   }
 
-  // The described phones are valid.
+  // The described phones are valid (the registries beside them are the
+  // desk tool's additions, not phones).
   for (const auto& file : fs::directory_iterator(TMXSIM_DEVICES)) {
-    if (file.path().extension() != ".json") continue;
+    const std::string name = file.path().filename().string();
+    if (file.path().extension() != ".json" || name.ends_with(".registry.json")) continue;
     std::ifstream stream(file.path());
     const std::string text{std::istreambuf_iterator<char>(stream), {}};
     EXPECT_EQ(tmxsim::load_description(text, file.path().string()), "");

@@ -62,11 +62,12 @@ class phone_additions : public testing::TestWithParam<addition> {};
 
 TEST_P(phone_additions, add_only_what_the_capture_leaves_open) {
   const addition& c = GetParam();
-  std::string text = phone;
+  phone_description description = phone_description::parse(phone);
   addition_fault fault;
-  const bool added = add_to_phone(text, c.additions, fault);
+  const bool added = add_to_phone(description, c.additions, fault);
   ASSERT_EQ(added, *c.where == '\0') << fault.where << ": " << fault.message;
   if (added) {
+    const std::string text = phone_text(description);
     EXPECT_NE(text.find(c.shown), std::string::npos) << text;
   } else {
     EXPECT_EQ(fault.where, c.where);

@@ -10,6 +10,7 @@
 #include "inspect/outputs/json_writer.h"
 #include "inspect/outputs/summary_view.h"
 #include "inspect/outputs/timeline_view.h"
+#include "inspect/outputs/trace_tracks.h"
 #include "inspect/outputs/trace_view.h"
 
 namespace inspect::test {
@@ -25,6 +26,15 @@ TEST(json_text, strings_escape_what_json_must) {
       {"line\nend\x01", R"("line\u000aend\u0001")"},
       {"5 \xc2\xb5s", "\"5 \xc2\xb5s\""},  // UTF-8 stays as it is
       {"\xff", R"("\u00ff")"},             // a byte that is not UTF-8 keeps its value
+      // Long texts are cleared eight bytes at a time: a byte to escape at
+      // each place of a word, and in the tail.
+      {"0123456789abcdef0123", R"("0123456789abcdef0123")"},
+      {"01234567\"9abcdef", R"("01234567\"9abcdef")"},
+      {"0123456789abcde\\", R"("0123456789abcde\\")"},
+      {"0123456789\x1f", R"("0123456789\u001f")"},
+      {"0123456\x7f" "89", R"("0123456\u007f89")"},
+      {"012345678 \xc2\xb5s", "\"012345678 \xc2\xb5s\""},
+      {"~}|{zyxw !#$%&'()", "\"~}|{zyxw !#$%&'()\""},  // the edges of plain ASCII
   };
   for (const auto& c : cases) {
     std::string out;
@@ -77,6 +87,39 @@ TEST(trace, the_press_its_flows_and_counters) {
   ASSERT_TRUE(counter);
   EXPECT_EQ((*counter)["ph"], "C");
   EXPECT_EQ((*counter)["args"]["value"], -5);
+}
+
+TEST(trace, overlapping_slices_go_on_numbered_threads_of_their_kind) {
+  thread_packer packer;
+  packer.reserve("finger");
+  packer.reserve("button");
+  const struct {
+    const char* kind;
+    std::uint64_t from, to;
+    int tid;
+  } slices[] = {
+      {"finger", 10, 20, 1},
+      {"finger", 12, 18, 1},  // nests
+      {"finger", 15, 30, 3},  // overlaps: a second finger thread
+      {"button", 40, 50, 2},
+      {"finger", 18, 35, 4},  // overlaps both
+      {"finger (2)", 0, 1, 5},  // a kind whose name looks like a copy's
+      {"finger", 50, 60, 1},
+  };
+  for (const auto& s : slices) EXPECT_EQ(packer.place(s.kind, s.from, s.to), s.tid) << s.kind << s.from;
+  const struct {
+    const char* kind;
+    int copy;
+    const char* name;
+  } threads[] = {{"finger", 1, "finger"},     {"button", 1, "button"},
+                 {"finger", 2, "finger (2)"}, {"finger", 3, "finger (3)"},
+                 {"finger (2)", 1, "finger (2)"}};
+  ASSERT_EQ(packer.slots().size(), std::size(threads));
+  for (std::size_t i = 0; i < std::size(threads); ++i) {
+    EXPECT_EQ(packer.slots()[i].kind, threads[i].kind);
+    EXPECT_EQ(packer.slots()[i].copy, threads[i].copy);
+    EXPECT_EQ(packer.slots()[i].name, threads[i].name);
+  }
 }
 
 TEST(views, an_empty_harvest_says_what_is_missing) {

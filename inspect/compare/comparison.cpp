@@ -1,4 +1,4 @@
-#include "inspect/outputs/compare_facts.h"
+#include "inspect/compare/comparison.h"
 
 #include <algorithm>
 #include <limits>

@@ -5,7 +5,7 @@
 #include <set>
 #include <tuple>
 
-#include "inspect/outputs/compare_facts.h"
+#include "inspect/compare/comparison.h"
 
 namespace inspect {
 namespace {

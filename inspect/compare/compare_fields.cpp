@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "inspect/outputs/compare_facts.h"
+#include "inspect/compare/comparison.h"
 
 namespace inspect {
 namespace {

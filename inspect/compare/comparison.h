@@ -1,8 +1,8 @@
 #pragma once
 
 // Two harvests side by side: what differs between them, part by part in
-// the order of a harvest, found once from the two capture models; the
-// text, JSON and page printers only lay it out. Timestamps, sequence
+// the order of a harvest, found once from the two capture models as typed
+// rows; outputs/compare_view.cpp describes them once for the printers. Timestamps, sequence
 // numbers and calendar times are never compared: they differ between any
 // two harvests of one phone. The latencies made from them are.
 
