@@ -141,15 +141,20 @@ def make_one(args):
     return name, facts
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+def fleet_parser(description):
+    """The options every fleet maker takes."""
+    parser = argparse.ArgumentParser(description=description)
     parser.add_argument("kelvra")
     parser.add_argument("default_phone")
     parser.add_argument("out")
     parser.add_argument("--count", type=int, required=True)
     parser.add_argument("--seed", type=int, default=20261125)
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
-    args = parser.parse_args()
+    return parser
+
+
+def main():
+    args = fleet_parser(__doc__.splitlines()[0]).parse_args()
     for firmware in ("fw-a", "fw-b"):
         os.makedirs(os.path.join(args.out, firmware), exist_ok=True)
     work = [(args.kelvra, args.default_phone, args.out, args.seed, i) for i in range(args.count)]

@@ -22,6 +22,9 @@ import sys
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+SCHEMAS = os.path.join(HERE, "..", "..", "inspect", "schema")
+sys.path.insert(0, os.path.join(HERE, "..", "..", "inspect", "tests"))
+from check_manifest import manifest_problems  # noqa: E402
 TABLES = ("harvests", "records", "failures", "unreadable")
 # Addresses of this test's own network namespace, never of a real host.
 OTHER_V4 = "198.51.100.7"
@@ -105,12 +108,13 @@ class Env:
         os.chmod(path, 0o755)
         return path
 
-    def single(self, out, *args):
-        """One tables run over the captures: what the dataset must hold."""
+    def single(self, out, *args, below=""):
+        """One tables run over the captures: what the dataset must hold (in
+        the folder `below` of its directory)."""
         done = self.run([self.inspect, "tables", "--out", out, "--no-progress"]
                         + list(args) + ["captures"])
         check(done.returncode in (0, 1), "tables exited %d: %s" % (done.returncode, done.stderr))
-        return done.returncode, {table: read_table(os.path.join(self.work, out), table)
+        return done.returncode, {table: read_table(os.path.join(self.work, out, below), table)
                                  for table in TABLES}
 
 
@@ -150,6 +154,27 @@ def read_dataset(directory, gzipped=False, numbered=True):
         for table in TABLES:
             rows[table] += read_table(os.path.join(directory, part), table)
     return parts, rows
+
+
+def check_manifest(directory, single, not_read=0):
+    """The dataset's one manifest agrees with its files, and counts the
+    inputs as the single run's manifest does, less what was not read."""
+    manifest, problems = manifest_problems(directory, SCHEMAS)
+    check(not problems, "%s: %s" % (directory, "; ".join(problems[:5])))
+    with open(os.path.join(single, "manifest.json"), encoding="utf-8") as stream:
+        expected = json.load(stream)
+    check(manifest["tool"] == "kelvra-fleet" and manifest["version"] == expected["version"],
+          "%s: made by %s %s" % (directory, manifest["tool"], manifest["version"]))
+    check(manifest["complete"] == (not_read == 0) and manifest["inputs"]["not_read"] == not_read,
+          "%s: complete %s, %d inputs not read" % (directory, manifest["complete"],
+                                                   manifest["inputs"]["not_read"]))
+    check(manifest["inputs"]["listed"] == expected["inputs"]["listed"],
+          "%s: %d inputs listed, not %d" % (directory, manifest["inputs"]["listed"],
+                                           expected["inputs"]["listed"]))
+    if not not_read:
+        check(manifest["inputs"] == expected["inputs"], "%s: inputs %s, one run's %s" % (
+            directory, manifest["inputs"], expected["inputs"]))
+    return manifest
 
 
 def multiset(rows):
@@ -199,6 +224,7 @@ def case_dataset(env):
     check(len(parts) == 3, "8 captures in shards of 3 make %d partitions" % len(parts))
     compare(rows, expected, "plain run")
     check(done.stdout == counts_line(expected, 3), "the counts printed:\n" + done.stdout)
+    check_manifest(os.path.join(env.work, "fleet"), os.path.join(env.work, "single"))
 
     # Compressed, with inputs from a list on standard input and the default
     # shard size.
@@ -211,8 +237,28 @@ def case_dataset(env):
     check(done.returncode == status, "gzip: exit %d, not %d: %s" % (
         done.returncode, status, done.stderr))
     compare(read_dataset(os.path.join(env.work, "fleet-gz"), gzipped=True)[1], expected, "gzip")
+    check_manifest(os.path.join(env.work, "fleet-gz"), os.path.join(env.work, "single-gz"))
     # 8 captures, 2 workers of one thread: shards of one capture.
     check(done.stdout == counts_line(expected, 8), "gzip: the counts printed:\n" + done.stdout)
+
+    # In folders by a label: LABEL=VALUE/part-NNNNN/, the same rows; no
+    # capture has the label yet, so all are in Hive's folder for none.
+    status, expected = env.single("single-by", "--partition-by", "build",
+                                  below="build=__HIVE_DEFAULT_PARTITION__")
+    done = env.fleet_run("fleet-by", "--workers", "2", "--shard-size", "3",
+                         "--partition-by", "build", "captures")
+    check(done.returncode == status, "--partition-by: exit %d, not %d: %s" % (
+        done.returncode, status, done.stderr))
+    folder = os.path.join(env.work, "fleet-by", "build=__HIVE_DEFAULT_PARTITION__")
+    parts, rows = read_dataset(folder)
+    check(len(parts) == 3, "--partition-by: %d partitions, not 3" % len(parts))
+    compare(rows, expected, "--partition-by")
+    manifest = check_manifest(os.path.join(env.work, "fleet-by"), os.path.join(env.work, "single-by"))
+    check(manifest["partition_by"] == "build", "--partition-by: the manifest says %s"
+          % manifest["partition_by"])
+    check(sorted(os.listdir(os.path.join(env.work, "fleet-by"))) ==
+          ["build=__HIVE_DEFAULT_PARTITION__", "manifest.json"],
+          "--partition-by: %s" % os.listdir(os.path.join(env.work, "fleet-by")))
 
     # At a terminal, progress on standard error.
     os.makedirs(os.path.join(env.work, "one"))
@@ -229,6 +275,9 @@ def case_dataset(env):
           "no captures: exit %d: %s%s" % (done.returncode, done.stdout, done.stderr))
     parts, rows = read_dataset(os.path.join(env.work, "fleet-none"))
     check(parts == ["part-00000"] and not any(rows.values()), "no captures: %s" % parts)
+    manifest, problems = manifest_problems(os.path.join(env.work, "fleet-none"), SCHEMAS)
+    check(not problems and manifest["complete"] and manifest["inputs"]["listed"] == 0,
+          "no captures: the manifest: %s" % problems)
 
 
 def at_terminal(env, command):
@@ -294,6 +343,7 @@ def case_worker_killed(env):
     parts, rows = read_dataset(out)
     check(len(parts) == 4, "4 partitions expected, not %s" % parts)
     compare(rows, expected, "killed worker")
+    check_manifest(out, os.path.join(env.work, "single"))
     check(stdout == counts_line(expected, 4, 1), "the counts printed:\n" + stdout)
     again = [line for line in stderr.splitlines() if "ran again" in line]
     check(len(again) == 1 and again[0].startswith("kelvra-fleet: part-00001 (2 captures from ")
@@ -328,6 +378,7 @@ def case_worker_killed(env):
     kept = {table: [row for row in expected[table] if row["capture"] not in lost]
             for table in TABLES}
     compare(rows, kept, "no failure allowed")
+    check_manifest(out, os.path.join(env.work, "single"), not_read=len(lost))
 
 
 def listening(tables=("tcp", "tcp6")):

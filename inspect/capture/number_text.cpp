@@ -25,7 +25,9 @@ std::string hex_bytes(std::span<const std::uint8_t> bytes) {
 std::string milliseconds_text(std::int64_t microseconds) {
   const std::uint64_t magnitude = microseconds < 0 ? 0 - static_cast<std::uint64_t>(microseconds)
                                                    : static_cast<std::uint64_t>(microseconds);
-  return (microseconds < 0 ? "-" : "") + duration_ms_text(magnitude);
+  std::string text = microseconds < 0 ? "-" : "";
+  text += duration_ms_text(magnitude);
+  return text;
 }
 
 std::string duration_ms_text(std::uint64_t microseconds) {

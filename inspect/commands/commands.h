@@ -5,6 +5,7 @@
 // was written, 2 when nothing could be made of it.
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "inspect/capture/capture_reader.h"
 #include "inspect/capture/record_stream.h"
 #include "inspect/compare/comparison.h"
+#include "inspect/outputs/dataset_manifest.h"
 #include "inspect/outputs/table_rows.h"
 
 namespace inspect {
@@ -67,6 +69,9 @@ struct tables_settings {
   bool gzip = false;
   bool list = false;                // print the files it would read, and stop
   bool progress = true;
+  std::string partition_by;  // a label: Hive-style folders by its value
+  // Each input's labels, by its path as given.
+  std::map<std::string, std::map<std::string, std::string, std::less<>>, std::less<>> labels;
 };
 int run_tables(const tables_settings& settings);
 
@@ -75,6 +80,7 @@ struct capture_rows {
   table_rows rows;
   std::string said;  // a line for standard error, or empty
   bool damaged = false;
+  input_counts counts;  // for the manifest
 };
 capture_rows read_capture_rows(const std::string& path, const capture_options& reading);
 

@@ -328,6 +328,8 @@ int main(int argc, char** argv) {
   tables->add_flag("--gzip", tables_settings.gzip, "The tables gzip-compressed (.jsonl.gz)");
   tables->add_flag("--list", tables_settings.list,
                    "Print the files it would read, one a line, and stop");
+  tables->add_option("--partition-by", tables_settings.partition_by,
+                     "A label: the tables in a folder per its value, LABEL=VALUE (Hive-style)");
   tables->add_option("--year", tables_year,
                      "The year of the captures' first calendar times (default: the latest that "
                      "fits, back from this one)")

@@ -2,7 +2,6 @@
 // and written in input order, whatever the number of jobs.
 
 #include <unistd.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <atomic>
@@ -18,47 +17,13 @@
 #include "inspect/commands/commands.h"
 #include "inspect/input/content_hash.h"
 #include "inspect/input/progress_meter.h"
+#include "inspect/outputs/dataset_writer.h"
 #include "inspect/outputs/table_rows.h"
 
 namespace inspect {
 namespace {
 
 namespace fs = std::filesystem;
-
-// One table's file, plain or gzip.
-class table_file {
- public:
-  bool open(const fs::path& path, bool gzip) {
-    if (gzip) {
-      gz_ = gzopen(path.c_str(), "wb6");
-      return gz_ != nullptr && gzbuffer(gz_, 256 * 1024) == 0;
-    }
-    plain_ = std::fopen(path.c_str(), "wb");
-    return plain_ != nullptr;
-  }
-  bool write(std::string_view text) {
-    if (text.empty()) return true;
-    if (gz_ != nullptr)
-      return gzwrite(gz_, text.data(), static_cast<unsigned>(text.size())) ==
-             static_cast<int>(text.size());
-    return std::fwrite(text.data(), 1, text.size(), plain_) == text.size();
-  }
-  bool close() {
-    bool ok = true;
-    if (gz_ != nullptr) ok = gzclose(gz_) == Z_OK;
-    if (plain_ != nullptr) ok = std::fclose(plain_) == 0;
-    gz_ = nullptr;
-    plain_ = nullptr;
-    return ok;
-  }
-  ~table_file() { close(); }
-
- private:
-  gzFile gz_ = nullptr;
-  std::FILE* plain_ = nullptr;
-};
-
-constexpr const char* table_names[] = {"harvests", "records", "failures", "unreadable"};
 
 bool read_list(const std::string& list, std::vector<std::string>& inputs) {
   std::ifstream file;
@@ -76,6 +41,15 @@ bool read_list(const std::string& list, std::vector<std::string>& inputs) {
     if (!line.empty()) inputs.push_back(line);
   }
   return true;
+}
+
+// The value of the --partition-by label for one input, if its labels give it.
+std::optional<std::string_view> label_value(const tables_settings& settings, const std::string& path) {
+  const auto labels = settings.labels.find(path);
+  if (labels == settings.labels.end()) return std::nullopt;
+  const auto value = labels->second.find(settings.partition_by);
+  if (value == labels->second.end()) return std::nullopt;
+  return value->second;
 }
 
 }  // namespace
@@ -97,9 +71,11 @@ capture_rows read_capture_rows(const std::string& path, const capture_options& r
     add_unreadable_row(id, fault, result.rows);
     result.said = fault_line(fault);
     result.damaged = true;
+    result.counts.unreadable = 1;
     return result;
   }
   add_capture_rows(model, id, result.rows);
+  (model.lost ? result.counts.damaged : result.counts.read_whole) = 1;
   if (model.lost) {
     result.damaged = true;
     const auto lost = std::count_if(model.damage.begin(), model.damage.end(),
@@ -143,15 +119,15 @@ int run_tables(const tables_settings& settings) {
 
   std::error_code error;
   fs::create_directories(settings.out, error);
-  table_file tables[std::size(table_names)];
-  for (std::size_t t = 0; t < std::size(table_names); ++t) {
-    const fs::path path =
-        fs::path(settings.out) / (std::string(table_names[t]) + (settings.gzip ? ".jsonl.gz" : ".jsonl"));
-    if (!tables[t].open(path, settings.gzip)) {
-      std::fprintf(stderr, "kelvra-inspect: %s: cannot be written\n", path.c_str());
-      return 2;
-    }
+  // A manifest from an earlier run must not vouch for these files.
+  fs::remove(fs::path(settings.out) / "manifest.json", error);
+  dataset_writer tables(settings.out, settings.gzip, settings.partition_by.empty());
+  if (!tables.fault().empty()) {
+    std::fprintf(stderr, "kelvra-inspect: %s: cannot be written\n", tables.fault().c_str());
+    return 2;
   }
+  input_counts counts;
+  counts.listed = files.size();
 
   // Each job reads the next capture, then waits for its turn to write: the
   // rows stay in input order, and no job holds more than the one capture it
@@ -176,14 +152,18 @@ int run_tables(const tables_settings& settings) {
       std::unique_lock<std::mutex> held(turn);
       turned.wait(held, [&] { return written == index; });
       damaged = damaged || result.damaged;
+      counts += result.counts;
       if (!result.said.empty()) {
         if (meter) meter->clear();
         std::fprintf(stderr, "%s\n", result.said.c_str());
       }
-      const std::string_view rows[] = {result.rows.harvests, result.rows.records,
-                                       result.rows.failures, result.rows.unreadable};
-      for (std::size_t t = 0; t < std::size(rows); ++t)
-        write_failed = !tables[t].write(rows[t]) || write_failed;
+      const std::string folder =
+          settings.partition_by.empty()
+              ? std::string()
+              : hive_folder(settings.partition_by, label_value(settings, files[index]));
+      write_failed = !tables.write(folder, {result.rows.harvests, result.rows.records,
+                                            result.rows.failures, result.rows.unreadable}) ||
+                     write_failed;
       ++written;
       if (meter && meter->due(progress_meter::clock::now()))
         meter->update_count(written, files.size(), progress_meter::clock::now());
@@ -196,10 +176,11 @@ int run_tables(const tables_settings& settings) {
   work();
   for (std::thread& worker : workers) worker.join();
   if (meter) meter->clear();
-  for (table_file& table : tables) write_failed = !table.close() || write_failed;
-  if (write_failed) {
+  dataset_manifest manifest{"kelvra-inspect", KELVRA_VERSION, counts, settings.partition_by, {}};
+  write_failed = !tables.close(manifest.files) || write_failed;
+  if (write_failed || !write_manifest(settings.out, manifest)) {
     std::fprintf(stderr, "kelvra-inspect: %s: the tables could not be written whole\n",
-                 settings.out.c_str());
+                 (write_failed ? tables.fault() : settings.out).c_str());
     return 2;
   }
   return damaged ? 1 : 0;

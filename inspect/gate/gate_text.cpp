@@ -40,7 +40,14 @@ std::string value_text(double value, unit measure, bool change) {
 std::string interval_text(const metric_result& m) {
   if (!m.ci_low || !m.ci_high) return {};
   const unit measure = m.family->measure;
-  return "[" + value_text(*m.ci_low, measure, true) + ", " + value_text(*m.ci_high, measure, true) + "]";
+  // Piece by piece: GCC's -O3 takes a literal joined to a temporary string
+  // for an overlapping copy.
+  std::string text = "[";
+  text += value_text(*m.ci_low, measure, true);
+  text += ", ";
+  text += value_text(*m.ci_high, measure, true);
+  text += "]";
+  return text;
 }
 
 void write_text(const gate_document& document, std::string& out) {
