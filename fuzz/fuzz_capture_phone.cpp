@@ -42,6 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   inspect::input_fault fault;
   inspect::capture_options options;
   options.years = {std::nullopt, 2024};
+  options.zone = "America/New_York";
   options.messages = nullptr;
   if (!inspect::read_capture(inspect::memory_source(text), "fuzz.txt", options, model, fault)) {
     if (fault.file != "fuzz.txt" || fault.fault.empty()) __builtin_trap();

@@ -2,40 +2,33 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 
 #include "liblog_zol/line_builder.h"
 
 namespace zol {
 namespace {
 
-// localtime_r skips the time-zone file check that localtime makes on every
-// call; the zone is read once.
-bool local_time(std::time_t seconds, std::tm& local) {
-  static const bool zone_read = (tzset(), true);
-  (void)zone_read;
-  return localtime_r(&seconds, &local) != nullptr;
-}
-
 // "%b %d %T" of the last second converted, one a thread. Records come in
-// time order, so most share their second with the record before; the zone
-// is read once, so the same second always gives the same text.
+// time order, so most share their second with the record before; a zone
+// never changes, so the same second always gives the same text.
 struct clock_text {
   bool valid = false;
+  const local_zone* zone = nullptr;
   std::uint64_t seconds = 0;
   char chars[30];
   std::size_t size = 0;
 };
 
-const clock_text* clock_text_of(std::uint64_t seconds) {
+const clock_text* clock_text_of(std::uint64_t seconds, const local_zone& zone) {
   thread_local clock_text last;
-  if (last.valid && last.seconds == seconds) return &last;
+  if (last.valid && last.seconds == seconds && last.zone == &zone) return &last;
   last.valid = false;
   std::tm local{};
-  if (!local_time(static_cast<std::time_t>(seconds), local)) return nullptr;
+  if (!zone.local_time(static_cast<std::int64_t>(seconds), local)) return nullptr;
   last.size = std::strftime(last.chars, sizeof last.chars, "%b %d %T", &local);
   if (last.size == 0) return nullptr;
   last.seconds = seconds;
+  last.zone = &zone;
   last.valid = true;
   return &last;
 }
@@ -47,11 +40,11 @@ std::uint64_t calendar_microseconds(std::uint64_t timestamp, const timesync_pair
           static_cast<std::uint64_t>(pair.tmx)) / 1000;
 }
 
-bool make_calendar_text(std::uint64_t microseconds, calendar_text& text) {
+bool make_calendar_text(std::uint64_t microseconds, calendar_text& text, const local_zone& zone) {
   const std::uint64_t seconds = microseconds / 1000000;
   const std::uint64_t fraction = microseconds - seconds * 1000000;
 
-  const clock_text* clock = clock_text_of(seconds);
+  const clock_text* clock = clock_text_of(seconds, zone);
   if (clock == nullptr) return false;
   // "%s.%06lld" of the clock text and the fraction, cut to the 30-byte buffer
   // as snprintf would cut it.

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "liblog_zol/clock_source.h"
+#include "liblog_zol/local_zone.h"
 
 namespace zol {
 
@@ -25,6 +26,7 @@ struct calendar_text {
 
 // The local "%b %d %T.%06lld" text of an instant; false when the instant has
 // no local time.
-bool make_calendar_text(std::uint64_t microseconds, calendar_text& text);
+bool make_calendar_text(std::uint64_t microseconds, calendar_text& text,
+                        const local_zone& zone = c_library_zone());
 
 }  // namespace zol

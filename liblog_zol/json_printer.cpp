@@ -5,7 +5,6 @@
 #include <cstring>
 #include <charconv>
 #include <cstdint>
-#include <ctime>
 #include <type_traits>
 
 #include "liblog_zol/general_notation.h"
@@ -129,22 +128,21 @@ void put_key(char*& p, std::string_view key) {
 
 struct local_second {
   bool valid = false;
+  const local_zone* zone = nullptr;
   std::int64_t seconds = 0;
   char date_time[32];  // "2024-03-04T10:15:02"
   std::size_t size = 0;
   char offset[8];      // "+01:00"
 };
 
-const local_second* local_second_of(std::uint64_t seconds) {
+const local_second* local_second_of(std::uint64_t seconds, const local_zone& zone) {
   // One a thread: the desk tools decode captures on several at once.
   thread_local local_second last;
-  if (last.valid && last.seconds == static_cast<std::int64_t>(seconds)) return &last;
+  if (last.valid && last.seconds == static_cast<std::int64_t>(seconds) && last.zone == &zone)
+    return &last;
   last.valid = false;
-  static const bool zone_read = (tzset(), true);
-  (void)zone_read;
-  const auto time = static_cast<std::time_t>(seconds);
   std::tm local{};
-  if (localtime_r(&time, &local) == nullptr) return nullptr;
+  if (!zone.local_time(static_cast<std::int64_t>(seconds), local)) return nullptr;
   last.size = std::strftime(last.date_time, sizeof last.date_time, "%Y-%m-%dT%H:%M:%S", &local);
   if (last.size == 0) return nullptr;
   const long offset_minutes = local.tm_gmtoff / 60;
@@ -156,13 +154,14 @@ const local_second* local_second_of(std::uint64_t seconds) {
   last.offset[4] = static_cast<char>('0' + magnitude % 60 / 10);
   last.offset[5] = static_cast<char>('0' + magnitude % 10);
   last.seconds = static_cast<std::int64_t>(seconds);
+  last.zone = &zone;
   last.valid = true;
   return &last;
 }
 
 // Room for 48 characters.
-bool put_iso_time(char*& p, std::uint64_t microseconds) {
-  const local_second* second = local_second_of(microseconds / 1000000);
+bool put_iso_time(char*& p, std::uint64_t microseconds, const local_zone& zone) {
+  const local_second* second = local_second_of(microseconds / 1000000, zone);
   if (second == nullptr) return false;
   put(p, {second->date_time, second->size});
   *p++ = '.';
@@ -176,10 +175,10 @@ bool put_iso_time(char*& p, std::uint64_t microseconds) {
 
 }  // namespace
 
-bool iso_calendar_time(std::uint64_t microseconds, std::string& out) {
+bool iso_calendar_time(std::uint64_t microseconds, std::string& out, const local_zone& zone) {
   char text[48];
   char* p = text;
-  if (!put_iso_time(p, microseconds)) return false;
+  if (!put_iso_time(p, microseconds, zone)) return false;
   out.append(text, p);
   return true;
 }
@@ -316,7 +315,7 @@ void json_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t*
   put(p, "},\"calendar_time\":");
   char* const time_start = p;
   *p++ = '"';
-  if (calendar && put_iso_time(p, *calendar)) {
+  if (calendar && put_iso_time(p, *calendar, *zone_)) {
     *p++ = '"';
   } else {
     p = time_start;

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "liblog_zol/line_builder.h"
+#include "liblog_zol/local_zone.h"
 #include "liblog_zol/record_printer.h"
 
 namespace zol {
@@ -29,6 +30,8 @@ struct record_origin {
 class json_printer final : public record_printer {
  public:
   void set_origin(const record_origin& origin) noexcept { origin_ = origin; }
+  // The calendar time's zone; the C library's unless set.
+  void set_zone(const local_zone& zone) noexcept { zone_ = &zone; }
   // Payload integers from 2^53 on (either sign) as strings of their digits:
   // a browser's numbers would not keep them. Off for the records' JSON.
   void set_exact_in_browsers(bool exact) noexcept { exact_ = exact; }
@@ -56,6 +59,7 @@ class json_printer final : public record_printer {
 
   line_builder out_;
   record_origin origin_;
+  const local_zone* zone_ = &c_library_zone();
   std::string_view leading_;
   bool first_field_ = true;
   bool exact_ = false;
@@ -65,8 +69,9 @@ class json_printer final : public record_printer {
   std::size_t seen_count_ = 0;
 };
 
-// "2024-03-04T10:15:02.123456+01:00" in the local time zone; false when the
-// instant has no local time.
-bool iso_calendar_time(std::uint64_t microseconds, std::string& out);
+// "2024-03-04T10:15:02.123456+01:00" in the zone; false when the instant has
+// no local time there.
+bool iso_calendar_time(std::uint64_t microseconds, std::string& out,
+                       const local_zone& zone = c_library_zone());
 
 }  // namespace zol

@@ -280,7 +280,7 @@ void text_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t*
     out = line_.reserve(room);
   }
   out = write_byte_list(out, bytes);
-  if (calendar && make_calendar_text(*calendar, text)) {
+  if (calendar && make_calendar_text(*calendar, text, *zone_)) {
     std::memcpy(out, calendar_key.data(), calendar_key.size());
     out += calendar_key.size();
     std::memcpy(out, text.chars, sizeof text.chars);

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <ctime>
+#include <chrono>
 #include <limits>
 
-#include "liblog_zol/calendar_time.h"
 
 namespace inspect {
 namespace {
@@ -57,37 +56,57 @@ std::optional<calendar_fields> parse_calendar_text(std::string_view text) {
   return fields;
 }
 
-bool prints(std::uint64_t microseconds, std::string_view text) {
-  zol::calendar_text made;
-  return zol::make_calendar_text(microseconds, made) && made.view() == text;
+// Whether `microseconds` prints as the text of `fields`: the same local
+// month, day, time and microsecond ("%b %d %T" in the C locale, which
+// neither program changes), told without printing.
+bool prints(std::uint64_t microseconds, const calendar_fields& fields, const zone_rules& zone) {
+  if (microseconds % 1000000 != fields.microsecond) return false;
+  // The last second asked, one a thread: a capture's texts come in time
+  // order, so most share their second with the text before.
+  thread_local struct {
+    const zone_rules* zone = nullptr;
+    std::int64_t seconds = 0;
+    bool valid = false;
+    std::tm local{};
+  } last;
+  const auto seconds = static_cast<std::int64_t>(microseconds / 1000000);
+  if (last.zone != &zone || last.seconds != seconds) {
+    last.zone = &zone;
+    last.seconds = seconds;
+    last.valid = zone.local_time(seconds, last.local);
+  }
+  const std::tm& local = last.local;
+  return last.valid && local.tm_sec == fields.second && local.tm_min == fields.minute &&
+         local.tm_hour == fields.hour && local.tm_mday == fields.day &&
+         local.tm_mon == fields.month;
 }
 
-// The ranges that put `text` in `year`: one, none in a skipped hour, two in
-// a repeated one. mktime normalises what does not exist, so each answer is
-// checked by printing it back.
-void add_year_ranges(std::uint64_t timestamp, std::string_view text,
-                     const calendar_fields& fields, int year, std::vector<offset_range>& ranges) {
-  for (const int dst : {-1, 0, 1}) {
-    std::tm local{};
-    local.tm_year = year - 1900;
-    local.tm_mon = fields.month;
-    local.tm_mday = fields.day;
-    local.tm_hour = fields.hour;
-    local.tm_min = fields.minute;
-    local.tm_sec = fields.second;
-    local.tm_isdst = dst;
-    const std::time_t seconds = std::mktime(&local);
-    if (seconds < 0 || static_cast<std::uint64_t>(seconds) > last_microsecond / 1000000) continue;
+// The ranges that put `text` in `year`: one, none where the year has no
+// such day or the clocks skip the hour, two where they repeat it (the
+// earlier instant first). Distinct instants, so never a range twice.
+void add_year_ranges(std::uint64_t timestamp, const calendar_fields& fields, int year,
+                     const zone_rules& zone, std::vector<offset_range>& ranges) {
+  using namespace std::chrono;
+  const year_month_day date{std::chrono::year{year}, month{static_cast<unsigned>(fields.month + 1)},
+                            day{static_cast<unsigned>(fields.day)}};
+  if (!date.ok() || fields.hour > 23 || fields.minute > 59 || fields.second > 59) return;
+  const std::int64_t local = sys_days{date}.time_since_epoch().count() * 86'400 +
+                             fields.hour * 3600 + fields.minute * 60 + fields.second;
+  std::int64_t instants[2];
+  const std::size_t count = local_instants(zone, local, instants);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (instants[i] < 0 || static_cast<std::uint64_t>(instants[i]) > last_microsecond / 1000000)
+      continue;
     const std::uint64_t microseconds =
-        static_cast<std::uint64_t>(seconds) * 1000000 + fields.microsecond;
-    if (microseconds > last_microsecond || !prints(microseconds, text)) continue;
+        static_cast<std::uint64_t>(instants[i]) * 1000000 + fields.microsecond;
+    if (microseconds > last_microsecond) continue;
     const std::uint64_t first = microseconds * 1000;
     const offset_range range{
         .start = first - timestamp * 1000,
         .length = first == last_microsecond_start
                       ? static_cast<std::uint32_t>(last_nanosecond - first + 1)
                       : 1000};
-    if (std::find(ranges.begin(), ranges.end(), range) == ranges.end()) ranges.push_back(range);
+    ranges.push_back(range);
   }
 }
 
@@ -113,29 +132,29 @@ std::vector<int> preferred_years(const year_preference& preference) {
 }
 
 std::vector<offset_range> ranges_in_years(std::uint64_t timestamp, std::string_view text,
-                                          std::span<const int> years) {
+                                          std::span<const int> years, const zone_rules& zone) {
   std::vector<offset_range> ranges;
   const std::optional<calendar_fields> fields = parse_calendar_text(text);
   if (!fields) return ranges;
-  for (const int year : years) add_year_ranges(timestamp, text, *fields, year, ranges);
+  for (const int year : years) add_year_ranges(timestamp, *fields, year, zone, ranges);
   return ranges;
 }
 
 // A text's ranges year by year in the preferred order, each year's made
-// only when the ones before are used up: most texts take the first, and
-// every year costs mktime calls.
+// only when the ones before are used up: most texts take the first.
 class ranges_by_year {
  public:
-  ranges_by_year(std::uint64_t timestamp, std::string_view text, std::vector<int> years)
-      : timestamp_(timestamp), text_(text), fields_(parse_calendar_text(text)),
-        years_(std::move(years)) {}
+  ranges_by_year(std::uint64_t timestamp, std::string_view text, std::vector<int> years,
+                 const zone_rules& zone)
+      : timestamp_(timestamp), fields_(parse_calendar_text(text)), years_(std::move(years)),
+        zone_(zone) {}
 
   bool next(offset_range& range) {
     while (taken_ == ranges_.size()) {
       if (!fields_ || year_ == years_.size()) return false;
       ranges_.clear();
       taken_ = 0;
-      add_year_ranges(timestamp_, text_, *fields_, years_[year_++], ranges_);
+      add_year_ranges(timestamp_, *fields_, years_[year_++], zone_, ranges_);
     }
     range = ranges_[taken_++];
     return true;
@@ -143,21 +162,21 @@ class ranges_by_year {
 
  private:
   std::uint64_t timestamp_;
-  std::string_view text_;
   std::optional<calendar_fields> fields_;
   std::vector<int> years_;
+  const zone_rules& zone_;
   std::size_t year_ = 0;
   std::vector<offset_range> ranges_;
   std::size_t taken_ = 0;
 };
 
 // Whether the text names a local time in any year; most do in the first.
-bool has_range(std::string_view text) {
+bool has_range(std::string_view text, const zone_rules& zone) {
   const std::optional<calendar_fields> fields = parse_calendar_text(text);
   if (!fields) return false;
   std::vector<offset_range> ranges;
   for (int year = first_year; year <= last_year && ranges.empty(); ++year)
-    add_year_ranges(0, text, *fields, year, ranges);
+    add_year_ranges(0, *fields, year, zone, ranges);
   return !ranges.empty();
 }
 
@@ -166,22 +185,23 @@ std::uint64_t circular_distance(std::uint64_t a, std::uint64_t b) {
 }
 
 // The local year a range puts `timestamp` in.
-int local_year(const offset_range& range, std::uint64_t timestamp) {
-  const auto seconds = static_cast<std::time_t>((timestamp * 1000 + range.start) / 1000 / 1000000);
+int local_year(const offset_range& range, std::uint64_t timestamp, const zone_rules& zone) {
+  const auto seconds = static_cast<std::int64_t>((timestamp * 1000 + range.start) / 1000 / 1000000);
   std::tm local{};
-  if (localtime_r(&seconds, &local) == nullptr) return first_year;
+  if (!zone.local_time(seconds, local)) return first_year;
   return local.tm_year + 1900;
 }
 
 // One range for every readable text, the anchor's preferred first.
 std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
-                                         const year_preference& preference,
+                                         const year_preference& preference, const zone_rules& zone,
                                          std::vector<std::uint64_t>& unreadable) {
   std::size_t anchor = 0;
   std::optional<ranges_by_year> candidates;
   offset_range range;
   for (; anchor < texts.size(); ++anchor) {
-    candidates.emplace(texts[anchor].timestamp, texts[anchor].text, preferred_years(preference));
+    candidates.emplace(texts[anchor].timestamp, texts[anchor].text, preferred_years(preference),
+                       zone);
     if (candidates->next(range)) break;
     unreadable.push_back(texts[anchor].line);
   }
@@ -199,9 +219,9 @@ std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
     bool survives = true;
     for (std::size_t at = 0; at < order.size() && survives;) {
       const timed_text& text = texts[order[at]];
-      if (narrow_range(range, text.timestamp, text.text)) {
+      if (narrow_range(range, text.timestamp, text.text, zone)) {
         ++at;
-      } else if (checked[order[at]] || has_range(text.text)) {
+      } else if (checked[order[at]] || has_range(text.text, zone)) {
         checked[order[at]] = true;
         std::rotate(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(at),
                     order.begin() + static_cast<std::ptrdiff_t>(at) + 1);
@@ -233,7 +253,10 @@ zol::timesync_pair offset_range::pair(std::uint64_t timestamp) const noexcept {
 
 bool is_calendar_text(std::string_view text) { return parse_calendar_text(text).has_value(); }
 
-bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text) {
+bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text,
+                  const zone_rules& zone) {
+  const std::optional<calendar_fields> fields = parse_calendar_text(text);
+  if (!fields) return false;
   std::uint64_t offset = range.start;
   std::uint64_t sum = timestamp * 1000 + offset;
   std::uint32_t left = range.length;
@@ -243,7 +266,7 @@ bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view
     const std::uint64_t to_next =
         sum >= last_microsecond_start ? last_nanosecond - sum + 1 : 1000 - sum % 1000;
     const auto piece = static_cast<std::uint32_t>(std::min<std::uint64_t>(to_next, left));
-    if (prints(sum / 1000, text)) {
+    if (prints(sum / 1000, *fields, zone)) {
       range = {.start = offset, .length = piece};
       return true;
     }
@@ -255,8 +278,8 @@ bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view
 }
 
 std::vector<offset_range> text_ranges(std::uint64_t timestamp, std::string_view text,
-                                      const year_preference& preference) {
-  return ranges_in_years(timestamp, text, preferred_years(preference));
+                                      const year_preference& preference, const zone_rules& zone) {
+  return ranges_in_years(timestamp, text, preferred_years(preference), zone);
 }
 
 std::optional<zol::timesync_pair> recovered_clock::pair() const {
@@ -264,17 +287,18 @@ std::optional<zol::timesync_pair> recovered_clock::pair() const {
   return segments[main].pair();
 }
 
-recovered_clock recover_clock(std::span<const timed_text> texts,
-                              const year_preference& preference) {
+recovered_clock recover_clock(std::span<const timed_text> texts, const year_preference& preference,
+                              const zone_rules& zone) {
   recovered_clock clock;
   clock.segment_of.reserve(texts.size());
-  if (std::optional<clock_segment> segment = one_segment(texts, preference, clock.unreadable)) {
+  if (std::optional<clock_segment> segment =
+          one_segment(texts, preference, zone, clock.unreadable)) {
     clock.segments.push_back(*segment);
     std::sort(clock.unreadable.begin(), clock.unreadable.end());
     for (const timed_text& text : texts) clock.segment_of.push_back({text.line, 0});
     return clock;
   }
-  clock_follower follower(preference, {});
+  clock_follower follower(preference, zone, {});
   std::string note;
   for (const timed_text& text : texts) {
     follower.next_record(text.timestamp, text.text, text.line, note);
@@ -288,15 +312,15 @@ recovered_clock recover_clock(std::span<const timed_text> texts,
   return clock;
 }
 
-clock_follower::clock_follower(const year_preference& preference,
+clock_follower::clock_follower(const year_preference& preference, const zone_rules& zone,
                                std::span<const timed_text> first_texts)
-    : preference_(preference) {
+    : preference_(preference), zone_(&zone) {
   if (first_texts.empty()) return;
   std::vector<std::uint64_t> unreadable;
-  std::optional<clock_segment> start = one_segment(first_texts, preference, unreadable);
+  std::optional<clock_segment> start = one_segment(first_texts, preference, zone, unreadable);
   if (!start) {
     // The walk starts with no range, so it needs no start of its own.
-    clock_follower walk(preference, {});
+    clock_follower walk(preference, zone, {});
     std::string note;
     for (const timed_text& text : first_texts)
       walk.next_record(text.timestamp, text.text, text.line, note);
@@ -329,7 +353,7 @@ bool clock_follower::next_record(std::uint64_t timestamp, std::optional<std::str
   offset_range range;
   if (!segments_.empty()) {
     range = segments_[current_].range;
-    if (narrow_range(range, timestamp, *text)) {
+    if (narrow_range(range, timestamp, *text, *zone_)) {
       take(current_, range);
       return true;
     }
@@ -341,7 +365,7 @@ bool clock_follower::next_record(std::uint64_t timestamp, std::optional<std::str
   }
   for (std::size_t i = segments_.size(); i-- > 0;) {
     range = segments_[i].range;
-    if (i != current_ && narrow_range(range, timestamp, *text)) {
+    if (i != current_ && narrow_range(range, timestamp, *text, *zone_)) {
       start_segment(range);
       return true;
     }
@@ -350,20 +374,20 @@ bool clock_follower::next_record(std::uint64_t timestamp, std::optional<std::str
   std::vector<offset_range> candidates;
   if (!segments_.empty()) {
     const offset_range& before = segments_[current_].range;
-    const int year = local_year(before, timestamp);
+    const int year = local_year(before, timestamp, *zone_);
     const std::array<int, 3> near_years = {year, year - 1, year + 1};
-    candidates = ranges_in_years(timestamp, *text, near_years);
-    if (candidates.empty()) candidates = text_ranges(timestamp, *text, preference_);
+    candidates = ranges_in_years(timestamp, *text, near_years, *zone_);
+    if (candidates.empty()) candidates = text_ranges(timestamp, *text, preference_, *zone_);
     std::stable_sort(candidates.begin(), candidates.end(), [&](const auto& a, const auto& b) {
       return circular_distance(a.start, before.start) < circular_distance(b.start, before.start);
     });
   } else {
-    candidates = text_ranges(timestamp, *text, preference_);
+    candidates = text_ranges(timestamp, *text, preference_, *zone_);
   }
   if (candidates.empty()) {
     unreadable_.push_back(line);
     note = "calendar-time '" + std::string(*text) +
-           "' is no local time in this time zone (set TZ to the phone's)";
+           "' is no local time in this time zone (give the phone's with --zone)";
     return false;
   }
   start_segment(candidates.front());

@@ -22,6 +22,7 @@
 #include <string_view>
 #include <vector>
 
+#include "inspect/capture/zone_rules.h"
 #include "liblog_zol/clock_source.h"
 
 namespace inspect {
@@ -59,13 +60,15 @@ struct timed_text {
 bool is_calendar_text(std::string_view text);
 
 // Narrows `range` to the offsets under which `timestamp` prints `text` in
-// the local time zone. False, with `range` untouched, when none does.
-bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text);
+// `zone`. False, with `range` untouched, when none does.
+bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text,
+                  const zone_rules& zone);
 
-// Every range under which `timestamp` prints `text`, the preferred first;
-// empty when the text is no calendar time or names no local time here.
+// Every range under which `timestamp` prints `text` in `zone`, the preferred
+// first (of a year's two, the earlier instant); empty when the text is no
+// calendar time or names no local time there.
 std::vector<offset_range> text_ranges(std::uint64_t timestamp, std::string_view text,
-                                      const year_preference& preference);
+                                      const year_preference& preference, const zone_rules& zone);
 
 // Texts that one range gives, in input order.
 struct clock_segment {
@@ -84,7 +87,7 @@ struct recovered_clock {
   std::vector<clock_segment> segments;
   // The segment of the most texts (the first of equals).
   std::size_t main = 0;
-  // Lines whose text is no calendar time, or no local time in this zone.
+  // Lines whose text is no calendar time, or no local time in the zone.
   std::vector<std::uint64_t> unreadable;
   // The segment each text's record is shown with, by line, in input order:
   // a text that gives no offset keeps the segment before it.
@@ -101,7 +104,8 @@ struct recovered_clock {
 // The offsets of a whole input's texts: one range for all when there is one
 // (the preferred of equivalent ones), else the segments a clock_follower
 // finds.
-recovered_clock recover_clock(std::span<const timed_text> texts, const year_preference& preference);
+recovered_clock recover_clock(std::span<const timed_text> texts, const year_preference& preference,
+                              const zone_rules& zone);
 
 // Record by record, for inputs read as a stream: starts from the range that
 // recover_clock gives the texts at the start of the input, narrows it with
@@ -110,7 +114,8 @@ recovered_clock recover_clock(std::span<const timed_text> texts, const year_pref
 // before. recover_clock finds its segments the same way.
 class clock_follower final : public zol::clock_source {
  public:
-  clock_follower(const year_preference& preference, std::span<const timed_text> first_texts);
+  clock_follower(const year_preference& preference, const zone_rules& zone,
+                 std::span<const timed_text> first_texts);
 
   // The record about to be decoded, with its line's text if it has one.
   // False, with `note` saying why, when the text gives no offset here: the
@@ -131,6 +136,7 @@ class clock_follower final : public zol::clock_source {
 
  private:
   year_preference preference_;
+  const zone_rules* zone_;
   std::vector<clock_segment> segments_;
   std::size_t current_ = 0;  // in segments_
   std::vector<std::uint64_t> unreadable_;

@@ -278,7 +278,8 @@ const std::uint8_t* record_bytes(const harvest_model& harvest, const record_row&
 std::optional<std::string> calendar_of(const capture_model& model, std::uint64_t timestamp) {
   if (!model.pair) return std::nullopt;
   std::string text;
-  if (!zol::iso_calendar_time(zol::calendar_microseconds(timestamp, *model.pair), text))
+  if (!zol::iso_calendar_time(zol::calendar_microseconds(timestamp, *model.pair), text,
+                             *model.zone))
     return std::nullopt;
   return text;
 }

@@ -16,6 +16,7 @@
 #include "inspect/capture/capture_facts.h"
 #include "inspect/input/input_damage.h"
 #include "liblog_zol/clock_source.h"
+#include "liblog_zol/local_zone.h"
 #include "quandor/layouts/harvest_requests.h"
 
 namespace inspect {
@@ -123,6 +124,8 @@ struct capture_model {
   recovered_clock clock;
   std::optional<zol::timesync_pair> pair;
   bool pair_given = false;  // --timesync
+  // The zone the calendar texts were printed in.
+  const zol::local_zone* zone = &zol::c_library_zone();
   std::vector<inspect::problem> damage;
   bool lost = false;  // some damage lost part of the capture
 };

@@ -18,12 +18,14 @@ constexpr std::size_t row_count = std::size(layouts::harvest_requests);
 
 capture_parser::capture_parser(std::vector<capture_line> lines, std::vector<capture_record> records,
                                capture_model& model, damage_log& damage,
-                               const year_preference& years, bool cut_short)
+                               const year_preference& years, const zone_rules& zone,
+                               bool cut_short)
     : lines_(std::move(lines)),
       records_(std::move(records)),
       model_(model),
       damage_(damage),
       years_(years),
+      zone_(zone),
       cut_short_(cut_short) {
   // A failure line the collector cannot have written is damage wherever it
   // stands; the grammar never sees it.

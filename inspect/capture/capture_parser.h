@@ -53,7 +53,7 @@ class capture_parser {
   // what the harvest did.
   capture_parser(std::vector<capture_line> lines, std::vector<capture_record> records,
                  capture_model& model, damage_log& damage, const year_preference& years,
-                 bool cut_short);
+                 const zone_rules& zone, bool cut_short);
 
   void run();
 
@@ -135,6 +135,7 @@ class capture_parser {
   capture_model& model_;
   damage_log& damage_;
   year_preference years_;
+  const zone_rules& zone_;
   bool cut_short_;
   harvest_model* harvest_ = nullptr;
   std::size_t at_ = 0;

@@ -66,7 +66,7 @@ void capture_parser::check_profile_lines() {
       texts.push_back({zol::profile_record(record->bytes.data()).timestamp(), *record->calendar_text,
                        record->line});
   }
-  model_.clock = recover_clock(texts, years_);
+  model_.clock = recover_clock(texts, years_, zone_);
 }
 
 bool read_capture(std::unique_ptr<byte_source> source, const std::string& file,
@@ -81,6 +81,12 @@ bool read_capture(opened_input input, const std::string& file, const capture_opt
                   capture_model& model, input_fault& fault) {
   model = {};
   model.input = file;
+  const zone_rules* zone = zone_named(options.zone);
+  if (zone == nullptr) {
+    fault = {file, "", unknown_zone_text(options.zone)};
+    return false;
+  }
+  model.zone = zone;
   if (const std::optional<input_form> form = detect_form(input.buffer->data());
       form && *form != input_form::harvest) {
     fault = {file, "", "not a harvest capture: it holds " + std::string(form_of(*form).name) +
@@ -110,7 +116,7 @@ bool read_capture(opened_input input, const std::string& file, const capture_opt
     fault = {file, "", "not a capture: no harvest line in it"};
     return false;
   }
-  capture_parser parser(std::move(lines), std::move(records), model, damage, options.years,
+  capture_parser parser(std::move(lines), std::move(records), model, damage, options.years, *zone,
                         tokens.cut_short());
   parser.run();
   damage.finish();

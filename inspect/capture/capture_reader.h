@@ -20,10 +20,10 @@ namespace inspect {
 
 struct capture_options {
   year_preference years;                       // of the calendar texts
+  std::string zone;                            // IANA name they were printed in; empty: TZ's
   std::optional<zol::timesync_pair> timesync;  // instead of the texts' pair
   std::FILE* messages = stderr;                // where damage is told; null: nowhere
   std::FILE* progress = nullptr;               // where a progress line goes, if anywhere
-  std::string zone;                            // IANA zone of the calendar texts; empty: the process's TZ
   archive_limits archive;                      // for a capture inside an archive
 };
 

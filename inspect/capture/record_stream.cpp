@@ -52,6 +52,12 @@ int for_each_record(opened_input opened, const stream_options& options, std::FIL
                     const std::function<void(const stream_record&)>& each) {
   std::optional<opened_input> input(std::move(opened));
   const input_form form = input->form;
+  const zone_rules* zone = zone_named(options.zone);
+  if (zone == nullptr) {
+    std::fprintf(messages, "%s\n",
+                 fault_line({options.input, "", unknown_zone_text(options.zone)}).c_str());
+    return 2;
+  }
 
   zol::no_clock none;
   std::optional<zol::fixed_clock> fixed;
@@ -60,7 +66,7 @@ int for_each_record(opened_input opened, const stream_options& options, std::FIL
     fixed.emplace(*options.timesync);
   } else if (form == input_form::harvest) {
     std::vector<std::string> kept;
-    follower.emplace(options.years, first_texts(input->buffer->data(), kept));
+    follower.emplace(options.years, *zone, first_texts(input->buffer->data(), kept));
   }
 
   damage_log damage(options.input, messages);
@@ -78,7 +84,7 @@ int for_each_record(opened_input opened, const stream_options& options, std::FIL
         damage.add({.kind = problem_kind::calendar_follows_pair_before, .line = record.line, .reason = note});
       clock = &*follower;
     }
-    each({record, ordinal++, *clock});
+    each({record, ordinal++, *clock, *zone});
   }
   damage.finish();
   if (!records->found_form()) {

@@ -25,6 +25,7 @@ struct stream_options {
   std::optional<input_form> form;
   std::optional<zol::timesync_pair> timesync;  // overrides what a capture says
   year_preference years;
+  std::string zone;  // IANA name the calendar texts were printed in; empty: TZ's
   bool progress = true;  // when the messages go to a terminal
   std::optional<std::string> member;  // inside an archive: the capture to take
   archive_limits archive;
@@ -34,6 +35,7 @@ struct stream_record {
   const input_record& input;
   std::uint64_t ordinal;     // from 0
   zol::clock_source& clock;  // for this record
+  const zol::local_zone& zone;  // of its calendar time
 };
 
 // Calls `each` for every intact record of the bytes opened; `messages`

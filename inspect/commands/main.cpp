@@ -16,6 +16,7 @@
 
 #include <unistd.h>
 
+#include "inspect/capture/zone_rules.h"
 #include "inspect/commands/commands.h"
 #include "inspect/input/input_forms.h"
 
@@ -27,18 +28,32 @@ constexpr const char* statuses =
     "error; 2 when nothing could be made of it (not a capture, an unreadable file, bad options).";
 
 // The year a capture's calendar times are taken back in when none is given:
-// the one the machine's clock is in, and back from it.
-int current_year() {
-  const std::time_t now = std::time(nullptr);
+// the one the machine's clock is in, in the capture's zone, and back from it.
+int current_year(const inspect::zone_rules& zone) {
   std::tm local{};
-  if (localtime_r(&now, &local) == nullptr) return 1970;
+  if (!zone.local_time(std::time(nullptr), local)) return 1970;
   return local.tm_year + 1900;
 }
 
 struct clock_settings {
   std::string timesync;
   std::optional<int> year;
+  std::string zone;
 };
+
+void add_zone(CLI::App& command, std::string& zone) {
+  command.add_option("--zone", zone,
+                     "The IANA time zone the capture's calendar times were printed in, such as "
+                     "Asia/Tokyo (default: the one TZ names, or the machine's)");
+}
+
+// Null, after one line, for a zone the tz database does not know.
+const inspect::zone_rules* known_zone(const std::string& zone) {
+  const inspect::zone_rules* rules = inspect::zone_named(zone);
+  if (rules == nullptr)
+    std::fprintf(stderr, "kelvra-inspect: %s\n", inspect::unknown_zone_text(zone).c_str());
+  return rules;
+}
 
 void add_clock(CLI::App& command, clock_settings& settings) {
   command.add_option("--timesync", settings.timesync,
@@ -48,12 +63,16 @@ void add_clock(CLI::App& command, clock_settings& settings) {
                      "The year of a capture's first calendar time (default: the latest that "
                      "fits, back from this one)")
       ->check(CLI::Range(1969, 2555));
+  add_zone(command, settings.zone);
 }
 
-// False, after saying why, when the pair does not read.
+// False, after saying why, when the pair or the zone does not read.
 bool finish_clock(const clock_settings& settings, std::optional<zol::timesync_pair>& pair,
-                  inspect::year_preference& years) {
-  years = {settings.year, current_year()};
+                  inspect::year_preference& years, std::string& zone) {
+  zone = settings.zone;
+  const inspect::zone_rules* rules = known_zone(zone);
+  if (rules == nullptr) return false;
+  years = {settings.year, current_year(*rules)};
   if (settings.timesync.empty()) return true;
   pair = inspect::parse_timesync(settings.timesync);
   if (pair) return true;
@@ -100,7 +119,8 @@ void add_stream(CLI::App& command, stream_settings& settings) {
 bool finish_stream(stream_settings& settings) {
   if (!settings.from.empty()) settings.stream.form = inspect::form_of_name(settings.from);
   settings.stream.progress = !settings.no_progress;
-  return finish_clock(settings.clock, settings.stream.timesync, settings.stream.years);
+  return finish_clock(settings.clock, settings.stream.timesync, settings.stream.years,
+                      settings.stream.zone);
 }
 
 struct whole_settings {
@@ -135,7 +155,7 @@ void add_whole(CLI::App& command, whole_settings& settings, bool views) {
 bool finish_whole(whole_settings& settings) {
   inspect::capture_options& reading = settings.capture.reading;
   if (!settings.no_progress && isatty(fileno(stderr))) reading.progress = stderr;
-  return finish_clock(settings.clock, reading.timesync, reading.years);
+  return finish_clock(settings.clock, reading.timesync, reading.years, reading.zone);
 }
 
 // compare: two captures, a harvest of each, what may differ.
@@ -197,7 +217,7 @@ bool finish_compare(compare_cli& cli) {
   using form = inspect::compare_settings::form;
   s.shape = cli.json ? form::json : cli.html ? form::page : form::text;
   if (!cli.no_progress && isatty(fileno(stderr))) s.reading.progress = stderr;
-  return finish_clock(cli.clock, s.reading.timesync, s.reading.years);
+  return finish_clock(cli.clock, s.reading.timesync, s.reading.years, s.reading.zone);
 }
 
 // gate: two fleets, metric by metric, and a verdict.
@@ -209,6 +229,7 @@ constexpr const char* gate_statuses =
 struct gate_cli {
   inspect::gate_settings settings;
   std::optional<int> year;
+  std::string zone;
   bool json = false;
   bool html = false;
   bool no_progress = false;
@@ -233,6 +254,7 @@ void add_gate(CLI::App& command, gate_cli& cli) {
                      "that fits, back from this one)")
       ->check(CLI::Range(1969, 2555));
   add_archive(command, nullptr, cli.settings.reading.archive);
+  add_zone(command, cli.zone);
   add_output(command, cli.settings.output, cli.no_progress);
   CLI::Option* json = command.add_flag("--json", cli.json, "One JSON object instead of text");
   command.add_flag("--html", cli.html, "One self-contained HTML page drawing both fleets")
@@ -250,7 +272,10 @@ bool finish_gate(gate_cli& cli) {
   using form = inspect::gate_settings::form;
   s.shape = cli.json ? form::json : cli.html ? form::page : form::text;
   s.progress = !cli.no_progress;
-  s.reading.years = {cli.year, current_year()};
+  s.reading.zone = cli.zone;
+  const inspect::zone_rules* zone = known_zone(cli.zone);
+  if (zone == nullptr) return false;
+  s.reading.years = {cli.year, current_year(*zone)};
   return true;
 }
 
@@ -295,7 +320,7 @@ int main(int argc, char** argv) {
   std::string phone_additions;
   bool partial = false;
   CLI::App* phone = app.add_subcommand(
-      "phone", "A phone description that, harvested under the same TZ, prints the capture again");
+      "phone", "A phone description that, harvested under the same TZ (--zone's), prints the capture again");
   add_whole(*phone, phone_settings, false);
   phone->add_option("--with", phone_additions,
                     "A description of what the capture cannot show (service ids and other "
@@ -358,6 +383,7 @@ int main(int argc, char** argv) {
                      "The year of the captures' first calendar times (default: the latest that "
                      "fits, back from this one)")
       ->check(CLI::Range(1969, 2555));
+  add_zone(*tables, tables_settings.reading.zone);
   bool tables_quiet = false;
   tables->add_flag("--no-progress", tables_quiet, "No progress line on standard error");
 
@@ -400,7 +426,9 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "kelvra-inspect tables: --out names the tables' directory\n");
       return 2;
     }
-    tables_settings.reading.years = {tables_year, current_year()};
+    const inspect::zone_rules* zone = known_zone(tables_settings.reading.zone);
+    if (zone == nullptr) return 2;
+    tables_settings.reading.years = {tables_year, current_year(*zone)};
     if (!labels.empty() && !read_labels(labels, tables_settings.labels)) return 2;
     tables_settings.progress = !tables_quiet;
     return inspect::run_tables(tables_settings);

@@ -37,6 +37,7 @@ int run_decode(const stream_options& options, bool hex) {
       out.line({hex_line, sizeof hex_line});
       return;
     }
+    printer.set_zone(record.zone);
     decode_profile_record(printer, record.input.bytes.data(), record.clock);
     // The collector prints a line only when it makes a UTF-8 string of it.
     if (valid_utf8(printer.view())) out.line(printer.view());
@@ -51,6 +52,7 @@ namespace {
 int harvest_records(opened_input input, const stream_options& options) {
   capture_options reading;
   reading.years = options.years;
+  reading.zone = options.zone;
   reading.timesync = options.timesync;
   if (options.progress && isatty(fileno(stderr))) reading.progress = stderr;
   capture_model model;
@@ -83,6 +85,7 @@ int run_records(const stream_options& options) {
     zol::record_origin origin;
     origin.ordinal = record.ordinal;
     printer.set_origin(origin);
+    printer.set_zone(record.zone);
     decode_profile_record(printer, record.input.bytes.data(), record.clock);
     out.line(printer.view());
   });

@@ -10,6 +10,7 @@ void write_record_rows(const capture_model& model, std::size_t harvest, std::str
   const harvest_model& h = model.harvests[harvest];
   zol::json_printer printer;
   printer.set_leading(leading);
+  printer.set_zone(*model.zone);
   zol::no_clock none;
   for (const record_row& row : h.facts.records) {
     zol::record_origin origin;

@@ -16,18 +16,10 @@ import sys
 import tempfile
 from collections import Counter
 
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from validate_json import strict  # noqa: E402
+
 IDENTITY = ["capture", "member", "capture_sha256", "harvest"]
-
-
-def no_repeats(pairs):
-    keys = [k for k, _ in pairs]
-    if len(keys) != len(set(keys)):
-        raise ValueError(f"repeated key among {keys}")
-    return dict(pairs)
-
-
-def strict(text):
-    return json.loads(text, object_pairs_hook=no_repeats)
 
 
 def run(args, env, stdin=None):

@@ -11,6 +11,19 @@ import sys
 import jsonschema
 
 
+def no_repeats(pairs):
+    """An object_pairs_hook that refuses a key repeated in one object."""
+    keys = [k for k, _ in pairs]
+    if len(keys) != len(set(keys)):
+        raise ValueError(f"repeated key among {keys}")
+    return dict(pairs)
+
+
+def strict(text):
+    """JSON text, refused when an object repeats a key."""
+    return json.loads(text, object_pairs_hook=no_repeats)
+
+
 def validator(schema_path):
     folder = os.path.dirname(os.path.abspath(schema_path))
     store = {}
