@@ -260,6 +260,27 @@ def case_dataset(env):
           ["build=__HIVE_DEFAULT_PARTITION__", "manifest.json"],
           "--partition-by: %s" % os.listdir(os.path.join(env.work, "fleet-by")))
 
+    # Labelled from a sheet, zones and all: each capture in its build's
+    # folder, the harvests carrying the sheet's labels, as one tables run.
+    listed = env.run([env.inspect, "tables", "--list", "captures"]).stdout.split()
+    with open(os.path.join(env.work, "builds.csv"), "w", encoding="utf-8") as sheet:
+        sheet.write("capture,build,zone\n")
+        for i, path in enumerate(listed):
+            sheet.write("%s,%s,%s\n" % (path, "AB"[i % 2], ("UTC", "Asia/Tokyo")[i % 2]))
+    labelled = ("--labels", "builds.csv", "--partition-by", "build")
+    done = env.fleet_run("fleet-labels", "--workers", "2", "--shard-size", "3", *labelled, "captures")
+    for build in "AB":
+        status, expected = env.single("single-labels", *labelled, below="build=" + build)
+        check(done.returncode == status, "--labels: exit %d, not %d: %s" % (
+            done.returncode, status, done.stderr))
+        compare(read_dataset(os.path.join(env.work, "fleet-labels", "build=" + build))[1], expected,
+                "--labels, build " + build)
+        check(all(row["labels"]["build"] == build for row in expected["harvests"]),
+              "--labels: a harvest outside its build's folder")
+    done = env.fleet_run("fleet-no-zone", "--zone", "Mars/Olympus", "captures")
+    check(done.returncode == 2 and not os.path.exists(os.path.join(env.work, "fleet-no-zone", "manifest.json")),
+          "an unknown zone: exit %d: %s" % (done.returncode, done.stderr))
+
     # At a terminal, progress on standard error.
     os.makedirs(os.path.join(env.work, "one"))
     shutil.copy(os.path.join(env.captures, "site-a", "phone-1.txt"),
