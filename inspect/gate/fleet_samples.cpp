@@ -11,6 +11,24 @@ namespace {
 namespace od = simdjson::ondemand;
 
 // A u64 of the tables: a number, or its digits as a string from 2^53 on.
+// A count or an index: an unsigned integer, as a number or a string of
+// digits; none for anything else (a fraction, a sign, a number too large).
+std::optional<std::uint64_t> count_of(od::value value) {
+  od::json_type type;
+  if (value.type().get(type) != simdjson::SUCCESS) return std::nullopt;
+  std::uint64_t v = 0;
+  if (type == od::json_type::number) {
+    if (value.get_uint64().get(v) == simdjson::SUCCESS) return v;
+  } else if (type == od::json_type::string) {
+    std::string_view text;
+    if (value.get_string().get(text) == simdjson::SUCCESS &&
+        std::from_chars(text.data(), text.data() + text.size(), v).ptr == text.data() + text.size() &&
+        !text.empty())
+      return v;
+  }
+  return std::nullopt;
+}
+
 std::optional<double> number_of(od::value value) {
   od::json_type type;
   if (value.type().get(type) != simdjson::SUCCESS) return std::nullopt;
@@ -50,9 +68,9 @@ struct identity {
     } else if (key == "capture_sha256") {
       sha256 = text_of(value).value_or("");
     } else if (key == "harvest") {
-      const auto number = number_of(value);
+      const auto number = count_of(value);
       has_harvest = number.has_value();
-      harvest = number ? static_cast<std::uint64_t>(*number) : 0;
+      harvest = number.value_or(0);
     } else {
       return false;
     }
@@ -194,7 +212,7 @@ void sample_builder::add_harvest(std::string_view line, const row_place& place,
       return each_object(
           value,
           [&](std::string_view k, od::value v) {
-            if (k == "click") click.click = static_cast<std::uint64_t>(number_of(v).value_or(0));
+            if (k == "click") click.click = count_of(v).value_or(0);
             for (std::size_t l = 0; l < latency_names.size(); ++l)
               if (k == latency_names[l]) click.latency[l] = number_of(v);
             return true;
