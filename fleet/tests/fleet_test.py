@@ -99,11 +99,11 @@ class Env:
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def stalling(self, shard, marker):
-        """A kelvra-inspect that holds the shard's first attempt (stalling_inspect)."""
+        """A kelvra-inspect that holds the shard's first attempt (stalling_reader)."""
         path = os.path.join(self.work, "stalling-inspect-%d" % shard)
         with open(path, "w") as stream:
             stream.write("#!/bin/sh\nexec %s %s %s %d %s \"$@\"\n" % (
-                sys.executable, os.path.join(HERE, "stalling_inspect"), self.inspect, shard,
+                sys.executable, os.path.join(HERE, "stalling_reader"), self.inspect, shard,
                 marker))
         os.chmod(path, 0o755)
         return path

@@ -212,3 +212,114 @@ INSTANTIATE_TEST_SUITE_P(
 
 }  // namespace
 }  // namespace inspect::test
+
+namespace inspect::test {
+namespace {
+
+// The facts every output reads, each found once: the touch, the press's
+// origin, the checkpoint latencies, the span and the sequence totals.
+struct touch_case {
+  const char* what;
+  std::uint64_t finger_on;
+  std::uint64_t finger_off;
+  bool touched;
+  std::uint64_t origin;
+};
+
+void PrintTo(const touch_case& c, std::ostream* out) { *out << c.what; }
+
+class touch_and_origin : public testing::TestWithParam<touch_case> {};
+
+TEST_P(touch_and_origin, have_one_rule) {
+  stats_record stats = one_click();
+  stats.u64(0, GetParam().finger_on).u64(8, GetParam().finger_off);
+  const capture_model model = model_of(&stats, checkpoints(0));
+  const press_chain& chain = *model.harvests[0].facts.press;
+  EXPECT_EQ(chain.touch.has_value(), GetParam().touched);
+  ASSERT_TRUE(chain.origin);
+  EXPECT_EQ(*chain.origin, GetParam().origin);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    cases, touch_and_origin,
+    testing::Values(touch_case{"finger off after finger on", 10'000, 300'000, true, 10'000},
+                    touch_case{"finger off at finger on", 10'000, 10'000, false, 10'000},
+                    touch_case{"finger off before finger on", 10'000, 5'000, false, 10'000},
+                    // Without finger on: the earliest point, start haptics.
+                    touch_case{"no finger on", 0, 300'000, false, 11'000}),
+    case_name<touch_case>);
+
+TEST(harvest_facts, checkpoint_latency_is_the_checkpoints_own_step) {
+  const stats_record stats = one_click();
+  const capture_model model = model_of(&stats, checkpoints(30));
+  const harvest_facts& facts = model.harvests[0].facts;
+  const press_step* down_to_asset = facts.find_step(step_kind::down_to_asset, 0);
+  const press_step* held = facts.find_step(step_kind::held, 0);
+  ASSERT_TRUE(down_to_asset && held);
+  // The down checkpoint 30 µs late: 600 - 30 to its asset, 100 ms - 30 held.
+  EXPECT_EQ(down_to_asset->checkpoint_latency, 570);
+  EXPECT_EQ(held->checkpoint_latency, 99'970);
+}
+
+TEST(harvest_facts, span_and_sequence_totals_count_every_record) {
+  const stats_record stats = one_click();
+  std::vector<profile_entry> profile = checkpoints(0);
+  // A sentinel time, far off the press's axis: in the span all the same.
+  profile.push_back(record(checkpoint_word(6), 8, ~std::uint64_t{0}));
+  capture_model model = model_of(&stats, profile);
+  const harvest_facts& facts = model.harvests[0].facts;
+  EXPECT_EQ(facts.span.count, 8u);
+  EXPECT_EQ(facts.span.first, 10'000u);
+  EXPECT_EQ(facts.span.last, ~std::uint64_t{0});
+  EXPECT_EQ(facts.off_axis, 1u);
+
+  profile = checkpoints(0);
+  profile.push_back(record(checkpoint_word(6), 10, 310'000));  // 8 and 9 lost
+  profile.push_back(record(checkpoint_word(6), 10, 310'000));  // and 10 repeated
+  model = model_of(&stats, profile);
+  EXPECT_EQ(model.harvests[0].facts.sequence.lost, 2u);
+  EXPECT_EQ(model.harvests[0].facts.sequence.repeated, 1u);
+  EXPECT_EQ(model.harvests[0].facts.sequence.records, 9u);
+}
+
+TEST(harvest_facts, damage_belongs_to_the_harvest_whose_lines_hold_it) {
+  capture_model model;
+  for (const std::uint64_t line : {5, 40, 90}) model.harvests.emplace_back().line = line;
+  const struct {
+    std::uint64_t line;
+    std::optional<std::uint64_t> byte;
+    std::size_t harvest;
+  } damage[] = {{1, {}, 0}, {5, {}, 0}, {39, {}, 0}, {40, {}, 1}, {89, {}, 1}, {90, {}, 2},
+                {500, {}, 2}, {0, 4096, 2}};
+  for (const auto& d : damage)
+    model.damage.push_back({.kind = problem_kind::stray_line, .line = d.line, .byte = d.byte});
+  model.damage.push_back({.kind = problem_kind::text_before_harvest, .line = 1, .last_line = 4});
+  gather_facts(model);
+  for (std::size_t i = 0; i < std::size(damage); ++i) {
+    EXPECT_EQ(model.damage[i].harvest, damage[i].harvest) << "line " << damage[i].line;
+    const std::vector<std::size_t>& held = model.harvests[damage[i].harvest].facts.damage;
+    EXPECT_NE(std::find(held.begin(), held.end(), i), held.end());
+  }
+  // A note loses nothing: the first harvest is damaged by its stray lines
+  // alone, and a harvest with only notes would not be.
+  EXPECT_TRUE(model.harvests[0].facts.damaged);
+}
+
+TEST(harvest_facts, each_record_keeps_the_clock_pair_of_its_own_text) {
+  capture_model model = model_of(nullptr, checkpoints(0));
+  harvest_model& h = model.harvests[0];
+  h.profile[1].calendar_text = "Jan 01 00:00:00.000000";
+  h.profile[5].calendar_text = "Jan 01 00:00:00.000000";
+  model.clock.segments = {clock_segment{.range = {1000, 1}}, clock_segment{.range = {9000, 1}}};
+  model.clock.segment_of = {{h.profile[1].line, 0}, {h.profile[5].line, 1}};
+  model.pair = model.clock.pair();
+  gather_facts(model);
+  const std::vector<record_row>& rows = h.facts.records;
+  EXPECT_FALSE(rows[0].pair);  // no text, no calendar time
+  ASSERT_TRUE(rows[1].pair && rows[5].pair);
+  EXPECT_EQ(*rows[1].pair, model.clock.segments[0].pair());
+  EXPECT_EQ(*rows[5].pair, model.clock.segments[1].pair());
+}
+
+}  // namespace
+}  // namespace inspect::test

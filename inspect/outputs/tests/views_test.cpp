@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include <nlohmann/json.hpp>
 
 #include "inspect/capture/number_text.h"
 #include "inspect/capture/tests/model_builders.h"
 #include "inspect/outputs/json_writer.h"
+#include "inspect/outputs/report_writer.h"
 #include "inspect/outputs/summary_view.h"
 #include "inspect/outputs/timeline_view.h"
 #include "inspect/outputs/trace_tracks.h"
@@ -153,6 +156,32 @@ TEST(views, records_without_statistics_still_have_tracks) {
   EXPECT_EQ(facts.lanes[0].category_name, "pkey");
   EXPECT_EQ(facts.lanes[0].component_name, "latency");
   EXPECT_EQ(facts.missing[0].kind, problem_kind::no_statistics);
+}
+
+// The report's statistics give each click's edges once, in its clicks: a
+// parser that keeps the last of repeated keys would lose the others.
+TEST(report, statistics_repeat_no_key) {
+  stats_record stats = one_click();
+  stats.u64(104, 70'000);  // click 2's down, though the record counts one click
+  const capture_model model = model_of(&stats, checkpoints(0));
+  const std::string report = write_report(model);
+  // Every object's keys, each once.
+  std::vector<std::set<std::string>> open;
+  using json = nlohmann::ordered_json;
+  const json parsed = json::parse(report, [&](int, json::parse_event_t event, json& value) {
+    if (event == json::parse_event_t::object_start) open.emplace_back();
+    if (event == json::parse_event_t::object_end) open.pop_back();
+    if (event == json::parse_event_t::key) {
+      EXPECT_TRUE(open.back().insert(value.get<std::string>()).second) << value;
+    }
+    return true;
+  });
+  const auto& statistics = parsed["harvests"][0]["statistics"];
+  EXPECT_FALSE(statistics.contains("button_timestamp"));
+  ASSERT_EQ(statistics["clicks"].size(), 3u);
+  EXPECT_EQ(statistics["clicks"][0]["button_down"], 50'000);
+  EXPECT_EQ(statistics["clicks"][0]["button_up_to_play_asset"], 580);
+  EXPECT_EQ(statistics["clicks"][1]["button_down"], 70'000);
 }
 
 }  // namespace
