@@ -192,6 +192,9 @@ int local_year(const offset_range& range, std::uint64_t timestamp, const zone_ru
   return local.tm_year + 1900;
 }
 
+bool narrow_by_fields(offset_range& range, std::uint64_t timestamp, const calendar_fields& fields,
+                      const zone_rules& zone);
+
 // One range for every readable text, the anchor's preferred first.
 std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
                                          const year_preference& preference, const zone_rules& zone,
@@ -208,9 +211,13 @@ std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
   if (anchor == texts.size()) return std::nullopt;
 
   std::vector<std::size_t> order;  // the texts to check, the last to rule a candidate out first
+  // Each text read once: every candidate is held against the same fields.
+  std::vector<calendar_fields> fields(texts.size());
   for (std::size_t i = anchor + 1; i < texts.size(); ++i) {
-    if (is_calendar_text(texts[i].text))
+    if (const std::optional<calendar_fields> read = parse_calendar_text(texts[i].text)) {
+      fields[i] = *read;
       order.push_back(i);
+    }
     else
       unreadable.push_back(texts[i].line);
   }
@@ -219,7 +226,7 @@ std::optional<clock_segment> one_segment(std::span<const timed_text> texts,
     bool survives = true;
     for (std::size_t at = 0; at < order.size() && survives;) {
       const timed_text& text = texts[order[at]];
-      if (narrow_range(range, text.timestamp, text.text, zone)) {
+      if (narrow_by_fields(range, text.timestamp, fields[order[at]], zone)) {
         ++at;
       } else if (checked[order[at]] || has_range(text.text, zone)) {
         checked[order[at]] = true;
@@ -256,7 +263,13 @@ bool is_calendar_text(std::string_view text) { return parse_calendar_text(text).
 bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view text,
                   const zone_rules& zone) {
   const std::optional<calendar_fields> fields = parse_calendar_text(text);
-  if (!fields) return false;
+  return fields && narrow_by_fields(range, timestamp, *fields, zone);
+}
+
+namespace {
+
+bool narrow_by_fields(offset_range& range, std::uint64_t timestamp, const calendar_fields& fields,
+                      const zone_rules& zone) {
   std::uint64_t offset = range.start;
   std::uint64_t sum = timestamp * 1000 + offset;
   std::uint32_t left = range.length;
@@ -266,7 +279,7 @@ bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view
     const std::uint64_t to_next =
         sum >= last_microsecond_start ? last_nanosecond - sum + 1 : 1000 - sum % 1000;
     const auto piece = static_cast<std::uint32_t>(std::min<std::uint64_t>(to_next, left));
-    if (prints(sum / 1000, *fields, zone)) {
+    if (prints(sum / 1000, fields, zone)) {
       range = {.start = offset, .length = piece};
       return true;
     }
@@ -276,6 +289,8 @@ bool narrow_range(offset_range& range, std::uint64_t timestamp, std::string_view
   }
   return false;
 }
+
+}  // namespace
 
 std::vector<offset_range> text_ranges(std::uint64_t timestamp, std::string_view text,
                                       const year_preference& preference, const zone_rules& zone) {
