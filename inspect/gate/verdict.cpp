@@ -1,9 +1,10 @@
 #include "inspect/gate/verdict.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <locale>
 #include <set>
+#include <sstream>
 
 #include "inspect/gate/statistics.h"
 
@@ -12,6 +13,18 @@ namespace {
 
 constexpr std::string_view outcome_names[] = {"regressed", "unknown", "same", "improved"};
 constexpr std::string_view unit_names[] = {"us", "records", "records/s", "share"};
+
+// LLVM's C++ library has no floating from_chars; a stream in the classic
+// locale reads the same decimal text whatever the user's locale.
+std::optional<double> decimal_of(std::string_view text) {
+  if (text.empty() || text.find_first_not_of("0123456789.eE+-") != std::string_view::npos)
+    return std::nullopt;
+  std::istringstream in{std::string(text)};
+  in.imbue(std::locale::classic());
+  double value = 0;
+  if (!(in >> value) || in.peek() != std::char_traits<char>::eof()) return std::nullopt;
+  return value;
+}
 
 double median(std::span<const double> sorted) {
   const std::size_t n = sorted.size();
@@ -119,10 +132,9 @@ std::optional<budget_setting> parse_budget(std::string_view text, std::string& w
     }
     amount.remove_suffix(2);
   }
-  const auto [end, error] = std::from_chars(amount.data(), amount.data() + amount.size(),
-                                            setting.value.amount);
-  if (error != std::errc{} || end != amount.data() + amount.size() || amount.empty() ||
-      !(setting.value.amount >= 0) || !std::isfinite(setting.value.amount)) {
+  const std::optional<double> parsed = decimal_of(amount);
+  if (parsed) setting.value.amount = *parsed;
+  if (!parsed || !(setting.value.amount >= 0) || !std::isfinite(setting.value.amount)) {
     why = "the budget of '" + setting.name + "' is not a number: '" + std::string(text) + "'";
     return std::nullopt;
   }
