@@ -52,6 +52,21 @@ constexpr std::size_t string_room(std::size_t size) { return 6 * size + 2; }
 // can be had back.
 void put_string(char*& p, std::string_view text) {
   *p++ = '"';
+  // Eight bytes at a time while none needs escaping: names and most text.
+  constexpr std::uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
+  const auto has_zero = [](std::uint64_t word) { return (word - ones) & ~word & highs; };
+  while (text.size() >= 8) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data(), sizeof word);
+    // A lane below 0x20 or from 0x7f, a quote or a backslash.
+    const std::uint64_t special = has_zero(word & (ones * 0xe0)) | ((word + ones) & highs) |
+                                  (word & highs) | has_zero(word ^ (ones * '"')) |
+                                  has_zero(word ^ (ones * '\\'));
+    if (special != 0) break;
+    std::memcpy(p, &word, sizeof word);
+    p += 8;
+    text.remove_prefix(8);
+  }
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte == '"' || byte == '\\') {
@@ -247,18 +262,21 @@ void json_printer::begin(const record_header& header) {
 
 void json_printer::field(std::string_view key, std::uint8_t, const field_value& value) {
   unsigned repeat = 1;
+  // Most keys differ in size or last letter, which the signature holds: the
+  // text is compared only when it agrees.
+  const std::uint64_t signature =
+      std::uint64_t{key.size()} << 8 | (key.empty() ? 0u : static_cast<unsigned char>(key.back()));
   for (std::size_t i = 0; i < seen_count_; ++i) {
-    const std::string_view seen = seen_[i].key;
-    // Most keys differ in size or first letter; a repeat is often the same row.
-    // Keys of one size often differ only at the end ("arg1", "arg2").
-    if (seen.size() == key.size() &&
-        (seen.data() == key.data() ||
-         (!key.empty() && seen.back() == key.back() && same_text(seen, key)))) {
+    if (seen_signatures_[i] == signature &&
+        (seen_[i].key.data() == key.data() || same_text(seen_[i].key, key))) {
       repeat = ++seen_[i].count;
       break;
     }
   }
-  if (repeat == 1 && seen_count_ < std::size(seen_)) seen_[seen_count_++] = {key, 1};
+  if (repeat == 1 && seen_count_ < std::size(seen_)) {
+    seen_signatures_[seen_count_] = signature;
+    seen_[seen_count_++] = {key, 1};
+  }
 
   std::size_t room = 2 * key.size() + sizeof snake_key::snake + 32;
   switch (value.kind) {

@@ -181,7 +181,7 @@ void gather(harvest_model& h, const capture_model& model) {
                                            : record_source::profiler_log;
     if (model.pair_given) {
       row.pair = model.pair;
-    } else if (entry.calendar_text) {
+    } else if (entry.has_calendar_text) {
       // Lines rise with the records, so one walk over the texts' segments.
       while (text < texts.size() && texts[text].line <= entry.line) ++text;
       if (text > 0) row.pair = pairs[texts[text - 1].segment];

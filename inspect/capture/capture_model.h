@@ -56,7 +56,7 @@ struct profile_entry {
   std::uint64_t line = 0;
   std::uint64_t last_line = 0;  // a text with line ends runs over several
   std::array<std::uint8_t, 48> bytes{};
-  std::optional<std::string> calendar_text;
+  bool has_calendar_text = false;  // the line gave a calendar time (the clock reads it)
 };
 
 struct assets_block {

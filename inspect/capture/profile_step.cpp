@@ -25,7 +25,7 @@ bool capture_parser::take_records(std::size_t most, std::vector<std::uint8_t>& r
     entry.line = record.line;
     entry.last_line = record.last_line;
     entry.bytes = record.bytes;
-    if (record.calendar_text) entry.calendar_text = std::string(*record.calendar_text);
+    entry.has_calendar_text = record.calendar_text.has_value();
     reply.insert(reply.end(), entry.bytes.begin(), entry.bytes.end());
     harvest_->profile.push_back(std::move(entry));
     kept_records_.push_back(&record);

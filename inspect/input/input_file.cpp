@@ -14,20 +14,22 @@
 namespace inspect {
 namespace {
 
-// A pipe read through: its kept start first.
-class pipe_source final : public byte_source {
+// A file read as it is; a pipe gives its kept start first.
+class plain_source final : public byte_source {
  public:
-  explicit pipe_source(std::unique_ptr<input_file> file) : file_(std::move(file)) {}
+  plain_source(std::unique_ptr<input_file> file, std::uint64_t size)
+      : file_(std::move(file)), size_(size) {}
   bool read(std::span<char> out, std::size_t& got, std::string& fault) override {
     if (!file_->read_raw(out, got, fault)) return false;
     consumed_ += got;
     return true;
   }
   std::uint64_t consumed() const override { return consumed_; }
-  std::uint64_t size() const override { return 0; }
+  std::uint64_t size() const override { return size_; }
 
  private:
   std::unique_ptr<input_file> file_;
+  std::uint64_t size_;
   std::uint64_t consumed_ = 0;
 };
 
@@ -105,14 +107,16 @@ bool input_file::read_raw(std::span<char> out, std::size_t& got, std::string& fa
 }
 
 std::unique_ptr<byte_source> input_file::as_capture(std::unique_ptr<input_file> file) {
-  if (file->seekable_) {
+  const bool packed = gzip_magic(file->start_);
+  file->rewind();
+  if (file->seekable_ && packed) {
     // zlib reads the file itself, from its start.
-    file->rewind();
     const int fd = std::exchange(file->fd_, -1);
     return gzip_descriptor(fd, file->size_);
   }
-  const bool packed = gzip_magic(file->start_);
-  std::unique_ptr<byte_source> source = std::make_unique<pipe_source>(std::move(file));
+  // A plain file is read as it is: zlib's pass-through would copy every byte once more.
+  const std::uint64_t size = file->size_;
+  std::unique_ptr<byte_source> source = std::make_unique<plain_source>(std::move(file), size);
   return packed ? gunzip(std::move(source)) : std::move(source);
 }
 

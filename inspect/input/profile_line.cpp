@@ -1,4 +1,5 @@
-#include <charconv>
+#include <cstdint>
+#include <cstring>
 
 #include "inspect/input/record_lines.h"
 
@@ -12,16 +13,21 @@ constexpr std::size_t record_size = 48;
 // A value quoted in a fault is cut here: it may be thousands of digits.
 constexpr std::size_t longest_quoted_value = 20;
 
-// The last `c` before `end`, or npos. Sixteen bytes a time, in a loop the
-// compiler makes vector code of: the list to pass over is some 200 bytes.
+// The last `c` before `end`, or npos. 32 bytes a time, as four words tested
+// for a byte equal to `c`: the list to pass over is some 200 bytes.
 std::size_t last_of(std::string_view text, char c, std::size_t end) {
-  constexpr std::size_t block = 16;
-  while (end >= block) {
-    const char* const start = text.data() + end - block;
-    unsigned char found = 0;
-    for (std::size_t i = 0; i < block; ++i) found |= start[i] == c ? 1 : 0;
-    if (found != 0) break;
-    end -= block;
+  constexpr std::uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
+  const std::uint64_t pattern = ones * static_cast<unsigned char>(c);
+  const auto has = [&](const char* at) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    word ^= pattern;
+    return ((word - ones) & ~word & highs) != 0;
+  };
+  while (end >= 32) {
+    const char* const start = text.data() + end - 32;
+    if (has(start) || has(start + 8) || has(start + 16) || has(start + 24)) break;
+    end -= 32;
   }
   while (end != 0) {
     if (text[--end] == c) return end;
@@ -56,6 +62,35 @@ bool not_a_list(std::string& fault) {
   return false;
 }
 
+unsigned digit(char c) { return static_cast<unsigned char>(c) - 48u; }
+
+// The list as the phone prints it: 48 values of one to three digits, each
+// before a comma, the last before the bracket. Read at once; anything else
+// is left to the careful loop, which names the fault. Returns past the
+// bracket, or null.
+const char* printed_list(const char* at, const char* end, std::uint8_t* bytes) {
+  for (std::size_t i = 0; i < record_size; ++i) {
+    // The widest value and its separator.
+    if (end - at < 4) return nullptr;
+    const unsigned first = digit(at[0]);
+    if (first > 9) return nullptr;
+    unsigned value = first;
+    if (const unsigned second = digit(at[1]); second <= 9) {
+      value = value * 10 + second;
+      if (const unsigned third = digit(at[2]); third <= 9) {
+        value = value * 10 + third;
+        if (value > 255 || digit(at[3]) <= 9) return nullptr;
+        ++at;
+      }
+      ++at;
+    }
+    ++at;
+    bytes[i] = static_cast<std::uint8_t>(value);
+    if (*at++ != (i + 1 == record_size ? ']' : ',')) return nullptr;
+  }
+  return at;
+}
+
 }  // namespace
 
 bool parse_profile_line(std::string_view line, input_record& record, std::string& fault) {
@@ -67,16 +102,19 @@ bool parse_profile_line(std::string_view line, input_record& record, std::string
   const char* at = line.data() + start;
   const char* const end = line.data() + line.size();
   std::size_t count = 0;
-  if (at != end && *at == ']') {
+  if (const char* list_end = printed_list(at, end, record.bytes.data())) {
+    at = list_end;
+    count = record_size;
+  } else if (at != end && *at == ']') {
     ++at;
   } else {
     for (;;) {
+      const char* past = at;
       unsigned value = 0;
-      const auto [past, error] = std::from_chars(at, end, value);
+      for (; past != end && digit(*past) <= 9; ++past)
+        if (value <= 255) value = value * 10 + digit(*past);
       if (past == at) return not_a_list(fault);
-      if (error != std::errc{} || value > 255) {
-        return not_a_byte({at, static_cast<std::size_t>(past - at)}, fault);
-      }
+      if (value > 255) return not_a_byte({at, static_cast<std::size_t>(past - at)}, fault);
       // Values past the 48th are counted for the fault, not kept.
       if (count < record_size) record.bytes[count] = static_cast<std::uint8_t>(value);
       ++count;

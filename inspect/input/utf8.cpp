@@ -7,11 +7,16 @@ namespace inspect {
 
 namespace {
 
-// Lines are ASCII but for record text: skip eight bytes at a time while no
-// byte has its high bit set.
+// Lines are ASCII but for record text: skip 32 bytes, then eight, at a time
+// while no byte has its high bit set.
 std::size_t ascii_prefix(std::string_view text) noexcept {
   constexpr std::uint64_t high_bits = 0x8080808080808080;
   std::size_t i = 0;
+  for (; text.size() - i >= 32; i += 32) {
+    std::uint64_t words[4];
+    std::memcpy(words, text.data() + i, sizeof words);
+    if ((words[0] | words[1] | words[2] | words[3]) & high_bits) break;
+  }
   for (; text.size() - i >= 8; i += 8) {
     std::uint64_t word;
     std::memcpy(&word, text.data() + i, sizeof word);

@@ -124,7 +124,13 @@ void record_rows(const capture_model& model, std::size_t index, const capture_id
   json_writer json(keys);
   json.begin_members();
   identity(json, id, index);
+  const std::size_t count = model.harvests[index].facts.records.size();
+  bool reserved = false;
   write_record_rows(model, index, keys, ordinal, [&](std::string_view row) {
+    // Room for the harvest's rows at once, by the first one's size: growing
+    // would copy them all again, byte by byte.
+    if (!reserved) out.reserve(out.size() + (row.size() + 1) * count * 5 / 4);
+    reserved = true;
     out += row;
     out += '\n';
   });

@@ -228,9 +228,12 @@ std::optional<std::uint64_t> word_printing(value_form form, std::string_view tex
     const std::int64_t candidate = nearest + step;
     if (candidate < lowest || candidate > highest) continue;
     const std::uint64_t bits = static_cast<std::uint64_t>(candidate) & word_max;
-    std::ostringstream shown;
+    // One stream a thread, emptied for each candidate: making one costs more
+    // than the print.
+    thread_local std::ostringstream shown;
+    shown.str({});
     write_value(shown, form, bits, 0);
-    if (shown.str() == text) return bits;
+    if (shown.view() == text) return bits;
   }
   fault = value_fault::unprintable;
   return std::nullopt;

@@ -308,8 +308,8 @@ TEST(harvest_facts, damage_belongs_to_the_harvest_whose_lines_hold_it) {
 TEST(harvest_facts, each_record_keeps_the_clock_pair_of_its_own_text) {
   capture_model model = model_of(nullptr, checkpoints(0));
   harvest_model& h = model.harvests[0];
-  h.profile[1].calendar_text = "Jan 01 00:00:00.000000";
-  h.profile[5].calendar_text = "Jan 01 00:00:00.000000";
+  h.profile[1].has_calendar_text = true;
+  h.profile[5].has_calendar_text = true;
   model.clock.segments = {clock_segment{.range = {1000, 1}}, clock_segment{.range = {9000, 1}}};
   model.clock.segment_of = {{h.profile[1].line, 0}, {h.profile[5].line, 1}};
   model.pair = model.clock.pair();
