@@ -24,6 +24,11 @@ void put(char*& p, std::string_view text) {
 }
 
 void put_unsigned(char*& p, std::uint64_t value) {
+  // Ids and small counts are most of a record's numbers.
+  if (value < 10) {
+    *p++ = static_cast<char>('0' + value);
+    return;
+  }
   p += decimal_size(value);
   decimal_ending_at(p, value);
 }
@@ -245,7 +250,10 @@ void json_printer::begin(const record_header& header) {
     put(p, name.id_key);
     put_unsigned(p, name.id);
     put(p, name.name_key);
-    put_string(p, name.name);
+    // A name needs no escape.
+    *p++ = '"';
+    put(p, name.name);
+    *p++ = '"';
   }
   put(p, ",\"type_word\":");
   put_unsigned(p, header.type_word);
@@ -258,22 +266,28 @@ void json_printer::begin(const record_header& header) {
   payload_start_ = out_.view().size() - 1;
   first_field_ = true;
   seen_count_ = 0;
+  seen_mask_ = 0;
 }
 
 void json_printer::field(std::string_view key, std::uint8_t, const field_value& value) {
   unsigned repeat = 1;
   // Most keys differ in size or last letter, which the signature holds: the
-  // text is compared only when it agrees.
+  // text is compared only when it agrees, and the list is searched only when
+  // the signature's bit in the mask is set.
   const std::uint64_t signature =
       std::uint64_t{key.size()} << 8 | (key.empty() ? 0u : static_cast<unsigned char>(key.back()));
-  for (std::size_t i = 0; i < seen_count_; ++i) {
-    if (seen_signatures_[i] == signature &&
-        (seen_[i].key.data() == key.data() || same_text(seen_[i].key, key))) {
-      repeat = ++seen_[i].count;
-      break;
+  const std::uint64_t bit = std::uint64_t{1} << ((signature ^ (signature >> 8) * 7) & 63);
+  if ((seen_mask_ & bit) != 0) {
+    for (std::size_t i = 0; i < seen_count_; ++i) {
+      if (seen_signatures_[i] == signature &&
+          (seen_[i].key.data() == key.data() || same_text(seen_[i].key, key))) {
+        repeat = ++seen_[i].count;
+        break;
+      }
     }
   }
   if (repeat == 1 && seen_count_ < std::size(seen_)) {
+    seen_mask_ |= bit;
     seen_signatures_[seen_count_] = signature;
     seen_[seen_count_++] = {key, 1};
   }

@@ -67,6 +67,7 @@ class json_printer final : public record_printer {
   std::size_t payload_end_ = 0;
   seen_key seen_[64];
   std::uint64_t seen_signatures_[64];
+  std::uint64_t seen_mask_ = 0;
   std::size_t seen_count_ = 0;
 };
 

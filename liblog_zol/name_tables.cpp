@@ -6,14 +6,19 @@
 namespace zol {
 namespace {
 
+// Rising ids, and names of printable ASCII without a quote or a backslash:
+// the JSON printer writes a name as it stands.
 constexpr bool ascending(std::span<const id_name> table) {
   for (std::size_t i = 1; i < table.size(); ++i)
     if (table[i - 1].id >= table[i].id) return false;
+  for (const id_name& row : table)
+    for (const char c : row.name)
+      if (c < 0x20 || c > 0x7e || c == '"' || c == '\\') return false;
   return true;
 }
 
 // Guards for the transcription: the row counts the tables are known by, and
-// the order every table keeps.
+// the order and names every table keeps.
 static_assert(std::size(category_names) == 9 && ascending(category_names));
 static_assert(std::size(execution_components) == 5 && ascending(execution_components));
 static_assert(std::size(workloop_events) == 2 && ascending(workloop_events));

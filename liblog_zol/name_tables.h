@@ -17,7 +17,9 @@ struct id_name {
 };
 
 // A looked-up name: either a table's own text or the decimal digits of an id
-// that no row carries. Holds no pointer into itself, so it copies freely.
+// that no row carries; either way printable ASCII without a quote or a
+// backslash (the tables are checked as they are built). Holds no pointer into
+// itself, so it copies freely.
 class name_text {
  public:
   constexpr explicit name_text(std::string_view table_name) noexcept

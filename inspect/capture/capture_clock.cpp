@@ -32,9 +32,10 @@ struct calendar_fields {
 // Plain digits only: from_chars would take a sign.
 bool read_digits(std::string_view text, std::size_t at, std::size_t count, int& value) {
   value = 0;
-  for (const char c : text.substr(at, count)) {
-    if (c < '0' || c > '9') return false;
-    value = value * 10 + (c - '0');
+  for (std::size_t i = at; i < at + count; ++i) {
+    const unsigned digit = static_cast<unsigned char>(text[i]) - 48u;
+    if (digit > 9) return false;
+    value = value * 10 + static_cast<int>(digit);
   }
   return true;
 }
@@ -43,7 +44,11 @@ std::optional<calendar_fields> parse_calendar_text(std::string_view text) {
   if (text.size() != 22 || text[3] != ' ' || text[6] != ' ' || text[9] != ':' ||
       text[12] != ':' || text[15] != '.')
     return std::nullopt;
-  const auto month = std::find(month_names.begin(), month_names.end(), text.substr(0, 3));
+  // Every text of a capture asks: three bytes held against each name, no
+  // library compare.
+  const auto month = std::find_if(month_names.begin(), month_names.end(), [&](std::string_view name) {
+    return name[0] == text[0] && name[1] == text[1] && name[2] == text[2];
+  });
   if (month == month_names.end()) return std::nullopt;
   calendar_fields fields;
   fields.month = static_cast<int>(month - month_names.begin());

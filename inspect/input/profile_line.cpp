@@ -69,25 +69,28 @@ unsigned digit(char c) { return static_cast<unsigned char>(c) - 48u; }
 // is left to the careful loop, which names the fault. Returns past the
 // bracket, or null.
 const char* printed_list(const char* at, const char* end, std::uint8_t* bytes) {
-  for (std::size_t i = 0; i < record_size; ++i) {
-    // The widest value and its separator.
-    if (end - at < 4) return nullptr;
-    const unsigned first = digit(at[0]);
-    if (first > 9) return nullptr;
-    unsigned value = first;
+  // A run of digits, or a comma, stops before the line's last byte when that
+  // is neither: then no read below passes the end.
+  if (at == end || digit(end[-1]) <= 9 || end[-1] == ',') return nullptr;
+  const auto value_at = [&](std::uint8_t& byte) {
+    unsigned value = digit(at[0]);
+    if (value > 9) return false;
     if (const unsigned second = digit(at[1]); second <= 9) {
       value = value * 10 + second;
       if (const unsigned third = digit(at[2]); third <= 9) {
         value = value * 10 + third;
-        if (value > 255 || digit(at[3]) <= 9) return nullptr;
+        if (value > 255 || digit(at[3]) <= 9) return false;
         ++at;
       }
       ++at;
     }
     ++at;
-    bytes[i] = static_cast<std::uint8_t>(value);
-    if (*at++ != (i + 1 == record_size ? ']' : ',')) return nullptr;
-  }
+    byte = static_cast<std::uint8_t>(value);
+    return true;
+  };
+  for (std::size_t i = 0; i + 1 < record_size; ++i)
+    if (!value_at(bytes[i]) || *at++ != ',') return nullptr;
+  if (!value_at(bytes[record_size - 1]) || *at++ != ']') return nullptr;
   return at;
 }
 

@@ -2,12 +2,12 @@
 
 #include <charconv>
 #include <cstring>
-#include <iomanip>
 #include <limits>
 #include <ostream>
-#include <sstream>
 #include <system_error>
 #include <utility>
+
+#include "liblog_zol/general_notation.h"
 
 namespace layouts {
 namespace {
@@ -54,46 +54,59 @@ std::uint64_t base_bits(const field_row& row, const byte_reader& record, std::si
   return 0;
 }
 
-void write_value(std::ostream& out, value_form form, std::uint64_t bits, std::uint64_t base) {
+// A value's text as the stream writes it with its default flags (decimal,
+// six significant digits, hex two wide): made here, without the stream's
+// cost, for the print and for the parse that holds a text against it.
+constexpr std::size_t value_room = 32;
+
+std::size_t value_text(value_form form, std::uint64_t bits, std::uint64_t base,
+                       char (&out)[value_room]) {
   const auto word = static_cast<std::uint32_t>(bits);
   const auto signed_word = static_cast<std::int32_t>(word);
+  const auto decimal = [&](auto value) {
+    return static_cast<std::size_t>(std::to_chars(out, out + value_room, value).ptr - out);
+  };
   switch (form) {
     case value_form::text:
-      break;
+      return 0;
     case value_form::u32:
-      out << word;
-      break;
+      return decimal(word);
     case value_form::i32:
-      out << signed_word;
-      break;
+      return decimal(signed_word);
     case value_form::u64:
-      out << bits;
-      break;
+      return decimal(bits);
     case value_form::flag:
-      out << (bits != 0);
-      break;
+      return decimal(bits != 0 ? 1 : 0);
     case value_form::count_above_bit0:
-      out << (word >> 1);
-      break;
+      return decimal(word >> 1);
     case value_form::u64_after:
-      out << bits - base;
-      break;
+      return decimal(bits - base);
     case value_form::u32_less:
-      out << word - static_cast<std::uint32_t>(base);
-      break;
+      return decimal(static_cast<std::uint32_t>(word - static_cast<std::uint32_t>(base)));
     case value_form::scan_ticks:
-      out << word * seconds_per_scan_tick;
-      break;
+      return zol::write_general(word * seconds_per_scan_tick, out);
     case value_form::fixed_single:
-      out << static_cast<float>(signed_word) * fixed_point_scale;
-      break;
+      return zol::write_general(static_cast<float>(signed_word) * fixed_point_scale, out);
     case value_form::fixed_double:
-      out << static_cast<double>(signed_word) * fixed_point_scale;
-      break;
-    case value_form::hex_u32:
-      out << std::hex << std::setw(2) << word << std::dec;
-      break;
+      return zol::write_general(static_cast<double>(signed_word) * fixed_point_scale, out);
+    case value_form::hex_u32: {
+      // Two wide, right-aligned with a space.
+      const auto size = static_cast<std::size_t>(
+          std::to_chars(out + 1, out + value_room, word, 16).ptr - (out + 1));
+      if (size >= 2) {
+        std::memmove(out, out + 1, size);
+        return size;
+      }
+      out[0] = ' ';
+      return 2;
+    }
   }
+  return 0;
+}
+
+void write_value(std::ostream& out, value_form form, std::uint64_t bits, std::uint64_t base) {
+  char text[value_room];
+  out << std::string_view(text, value_text(form, bits, base, text));
 }
 
 void write_field(std::ostream& out, const field_row& row, const byte_reader& record,
@@ -228,12 +241,8 @@ std::optional<std::uint64_t> word_printing(value_form form, std::string_view tex
     const std::int64_t candidate = nearest + step;
     if (candidate < lowest || candidate > highest) continue;
     const std::uint64_t bits = static_cast<std::uint64_t>(candidate) & word_max;
-    // One stream a thread, emptied for each candidate: making one costs more
-    // than the print.
-    thread_local std::ostringstream shown;
-    shown.str({});
-    write_value(shown, form, bits, 0);
-    if (shown.view() == text) return bits;
+    char shown[value_room];
+    if (std::string_view(shown, value_text(form, bits, 0, shown)) == text) return bits;
   }
   fault = value_fault::unprintable;
   return std::nullopt;
