@@ -88,31 +88,14 @@ void put_string(char*& p, std::string_view text) {
   *p++ = '"';
 }
 
-// "packet-size" -> "packet_size", "reportID" -> "report_id",
-// "clickCountIsTerminal" -> "click_count_is_terminal".
+// Numbers from 2^53 on lose digits in a browser's doubles.
+constexpr std::uint64_t exact_in_doubles = std::uint64_t{1} << 53;
+
 // Keys are short: a loop beats a library call.
 bool same_text(std::string_view a, std::string_view b) {
   for (std::size_t i = 0; i < a.size(); ++i)
     if (a[i] != b[i]) return false;
   return true;
-}
-
-// At most twice the key's size.
-void put_snake_case(char*& p, std::string_view key) {
-  char previous = '_';
-  for (const char c : key) {
-    if (c == '-') {
-      *p++ = '_';
-    } else if (c >= 'A' && c <= 'Z') {
-      const bool after_word =
-          (previous >= 'a' && previous <= 'z') || (previous >= '0' && previous <= '9');
-      if (after_word) *p++ = '_';
-      *p++ = static_cast<char>(c - 'A' + 'a');
-    } else {
-      *p++ = c;
-    }
-    previous = c;
-  }
 }
 
 // The snake_case text of the keys seen last, by where they lie: keys are the
@@ -130,14 +113,13 @@ thread_local std::array<snake_key, 256> snake_keys;
 // At most twice the key's size, and room for 64 characters.
 void put_key(char*& p, std::string_view key) {
   if (key.size() > cached_key_size) {
-    put_snake_case(p, key);
+    p = write_snake_case(p, key);
     return;
   }
   const auto address = reinterpret_cast<std::uintptr_t>(key.data());
   snake_key& entry = snake_keys[(address ^ (address >> 8)) % snake_keys.size()];
   if (entry.data != key.data() || entry.size != key.size()) {
-    char* end = entry.snake;
-    put_snake_case(end, key);
+    const char* const end = write_snake_case(entry.snake, key);
     entry.data = key.data();
     entry.size = key.size();
     entry.snake_size = static_cast<std::size_t>(end - entry.snake);
@@ -269,29 +251,32 @@ void json_printer::begin(const record_header& header) {
   seen_mask_ = 0;
 }
 
-void json_printer::field(std::string_view key, std::uint8_t, const field_value& value) {
-  unsigned repeat = 1;
-  // Most keys differ in size or last letter, which the signature holds: the
-  // text is compared only when it agrees, and the list is searched only when
-  // the signature's bit in the mask is set.
-  const std::uint64_t signature =
-      std::uint64_t{key.size()} << 8 | (key.empty() ? 0u : static_cast<unsigned char>(key.back()));
+// Inlined where fields are written, the most of a record's work.
+[[gnu::always_inline]] inline unsigned json_printer::key_count(std::string_view key,
+                                                                std::uint64_t signature) {
+  // The list is searched only when the signature's bit is set, and text
+  // compared only when the signature agrees.
   const std::uint64_t bit = std::uint64_t{1} << ((signature ^ (signature >> 8) * 7) & 63);
-  if ((seen_mask_ & bit) != 0) {
+  if ((seen_mask_ & bit) != 0) [[unlikely]] {
     for (std::size_t i = 0; i < seen_count_; ++i) {
       if (seen_signatures_[i] == signature &&
-          (seen_[i].key.data() == key.data() || same_text(seen_[i].key, key))) {
-        repeat = ++seen_[i].count;
-        break;
-      }
+          (seen_[i].key.data() == key.data() || same_text(seen_[i].key, key)))
+        return ++seen_[i].count;
     }
   }
-  if (repeat == 1 && seen_count_ < std::size(seen_)) {
+  if (seen_count_ < std::size(seen_)) {
     seen_mask_ |= bit;
     seen_signatures_[seen_count_] = signature;
     seen_[seen_count_++] = {key, 1};
   }
+  return 1;
+}
 
+void json_printer::field(std::string_view key, std::uint8_t, const field_value& value) {
+  write_field(key, key_count(key, key_signature(key)), value);
+}
+
+void json_printer::write_field(std::string_view key, unsigned repeat, const field_value& value) {
   std::size_t room = 2 * key.size() + sizeof snake_key::snake + 32;
   switch (value.kind) {
     case value_kind::name:
@@ -308,7 +293,6 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
     put_unsigned(p, repeat);
   }
   put(p, "\":");
-  constexpr std::uint64_t exact_in_doubles = std::uint64_t{1} << 53;
   switch (value.kind) {
     case value_kind::unsigned_number:
     case value_kind::hex_word:
@@ -337,8 +321,35 @@ void json_printer::field(std::string_view key, std::uint8_t, const field_value& 
   out_.commit(p);
 }
 
+// Numbers and hex words, most fields, straight from the record under the
+// layout's own key text; the rest, and a key that comes again, as field().
 void json_printer::fields(const profile_record& record, std::span<const payload_field> layout) {
-  each_field(*this, record, layout);
+  const byte_reader& bytes = record.bytes();
+  for (const payload_field& field : layout) {
+    const unsigned repeat = key_count(field.key, field.signature);
+    if (field.form > field_form::hex || repeat > 1) {
+      write_field(field.key, repeat, payload_value(record, field));
+      continue;
+    }
+    std::uint64_t value = field.value;
+    if (field.form == field_form::hex) {
+      value = bytes.u32(field.offset);
+    } else if (field.form == field_form::number) {
+      switch (field.size) {
+        case 1: value = bytes.u8(field.offset); break;
+        case 2: value = bytes.u16(field.offset); break;
+        case 4: value = bytes.u32(field.offset); break;
+        default: value = bytes.u64(field.offset); break;
+      }
+    }
+    char* p = out_.reserve(sizeof field.json.text + 32);
+    if (!first_field_) *p++ = ',';
+    first_field_ = false;
+    std::memcpy(p, field.json.text.data(), sizeof field.json.text);
+    p += field.json.size;
+    put_integer(p, value, exact_ && value >= exact_in_doubles);
+    out_.commit(p);
+  }
 }
 
 void json_printer::end(std::span<const std::uint8_t> bytes, const std::uint64_t* calendar) {

@@ -52,6 +52,10 @@ class json_printer final : public record_printer {
   }
 
  private:
+  // How often `key` has come in this record, this time included.
+  unsigned key_count(std::string_view key, std::uint64_t signature);
+  void write_field(std::string_view key, unsigned repeat, const field_value& value);
+
   struct seen_key {
     std::string_view key;
     unsigned count;

@@ -40,6 +40,52 @@ constexpr item_key make_item_key(std::string_view key) {
   return text;
 }
 
+// "packet-size" -> "packet_size", "reportID" -> "report_id",
+// "clickCountIsTerminal" -> "click_count_is_terminal": the JSON views' keys.
+// Writes at most twice the key's size at `out`; returns the end.
+constexpr char* write_snake_case(char* out, std::string_view key) {
+  char previous = '_';
+  for (const char c : key) {
+    if (c == '-') {
+      *out++ = '_';
+    } else if (c >= 'A' && c <= 'Z') {
+      const bool after_word =
+          (previous >= 'a' && previous <= 'z') || (previous >= '0' && previous <= '9');
+      if (after_word) *out++ = '_';
+      *out++ = static_cast<char>(c - 'A' + 'a');
+    } else {
+      *out++ = c;
+    }
+    previous = c;
+  }
+  return out;
+}
+
+// "\"key\":", the key in snake_case, as the JSON printer writes it; the
+// array is copied whole and `size` of it kept.
+struct json_key {
+  std::array<char, 64> text{};
+  std::uint8_t size = 0;
+};
+
+constexpr json_key make_json_key(std::string_view key) {
+  if (key.size() > 28) throw "a key runs to 28 characters at most";
+  json_key made;
+  char* out = made.text.data();
+  *out++ = '"';
+  out = write_snake_case(out, key);
+  *out++ = '"';
+  *out++ = ':';
+  made.size = static_cast<std::uint8_t>(out - made.text.data());
+  return made;
+}
+
+// A key's size and last letter: the JSON printer tells a key that comes
+// again in a record by it before it compares text.
+constexpr std::uint64_t key_signature(std::string_view key) {
+  return std::uint64_t{key.size()} << 8 | (key.empty() ? 0u : static_cast<unsigned char>(key.back()));
+}
+
 struct payload_field {
   std::string_view key;
   field_form form;
@@ -49,6 +95,8 @@ struct payload_field {
   std::uint8_t count_at = 0;
   std::uint32_t value = 0;
   item_key text_key = make_item_key(key);
+  json_key json = make_json_key(key);
+  std::uint64_t signature = key_signature(key);
 };
 
 constexpr payload_field number_field(std::string_view key, std::uint8_t offset,
