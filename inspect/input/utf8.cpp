@@ -7,16 +7,21 @@ namespace inspect {
 
 namespace {
 
-// Lines are ASCII but for record text: skip 32 bytes, then eight, at a time
+// Lines are ASCII but for record text: skip 64 bytes, then eight, at a time
 // while no byte has its high bit set.
 std::size_t ascii_prefix(std::string_view text) noexcept {
   constexpr std::uint64_t high_bits = 0x8080808080808080;
   std::size_t i = 0;
-  for (; text.size() - i >= 32; i += 32) {
-    std::uint64_t words[4];
-    std::memcpy(words, text.data() + i, sizeof words);
-    if ((words[0] | words[1] | words[2] | words[3]) & high_bits) break;
-  }
+  const auto word_at = [&](std::size_t at) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data() + at, sizeof word);
+    return word;
+  };
+  for (const std::size_t size = text.size(); size - i >= 64; i += 64)
+    if ((word_at(i) | word_at(i + 8) | word_at(i + 16) | word_at(i + 24) | word_at(i + 32) |
+         word_at(i + 40) | word_at(i + 48) | word_at(i + 56)) &
+        high_bits)
+      break;
   for (; text.size() - i >= 8; i += 8) {
     std::uint64_t word;
     std::memcpy(&word, text.data() + i, sizeof word);
