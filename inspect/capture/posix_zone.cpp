@@ -183,6 +183,8 @@ std::unique_ptr<const zone_rules> posix_zone(std::string_view rule) {
       return nullptr;
   }
   if (!reader.done()) return nullptr;
+  // Summer time an hour ahead of a standard time 23 hours east would not be.
+  if (summer && (*summer <= -86'400 || *summer >= 86'400)) return nullptr;
   return std::make_unique<posix_rules>(standard, summer, start, end);
 }
 

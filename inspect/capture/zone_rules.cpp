@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 namespace inspect {
 namespace {
@@ -84,6 +85,9 @@ std::size_t local_instants(const zone_rules& zone, std::int64_t local,
   std::size_t count = 0;
   if (zone.utc_offset(local - before) == before) instants[count++] = local - before;
   if (after != before && zone.utc_offset(local - after) == after) instants[count++] = local - after;
+  // Two transitions within the two days (a rule may put them days apart,
+  // or hours) can make the later offset the smaller one.
+  if (count == 2 && instants[0] > instants[1]) std::swap(instants[0], instants[1]);
   return count;
 }
 

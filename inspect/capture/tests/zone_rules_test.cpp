@@ -61,7 +61,8 @@ TEST(zone_rules, posix_rules_give_each_instant_its_offset) {
   }
   for (const char* rule : {"", "EST", "E5", "EST5EDT,M13.1.0,M11.1.0", "EST5EDT,M3.2.0",
                            "EST5EDT,M3.2.0,M11.1.0,", "<+1030-10:30", "EST25", "EST5EDT,M3.0.0,J0",
-                           "JST-9 ", "XXX3EDP024,0,J364/23", "XXX-24"})
+                           "JST-9 ", "XXX3EDP024,0,J364/23", "XXX-24",
+                           "<-03>-023<-02>,M3.5.2,M12.5.1"})
     EXPECT_FALSE(posix_zone(rule)) << rule;
 }
 
@@ -116,6 +117,27 @@ TEST(zone_rules, a_local_time_names_none_one_or_two_instants) {
     const std::size_t count = local_instants(*find_zone(r.zone), r.local, instants);
     EXPECT_EQ(std::vector<std::int64_t>(instants, instants + count), r.instants) << r.local;
   }
+}
+
+// Standard time ten hours east, "daylight" an hour west, changing on January's
+// first Monday and back on January 1st: hours apart in 2024, when the 1st is a
+// Monday, days apart in 2025. The offset falls eleven hours and rises again;
+// a local time that names two instants names them in order.
+TEST(zone_rules, instants_of_a_local_time_come_in_order_when_changes_lie_close) {
+  const std::unique_ptr<const zone_rules> zone = posix_zone("<+05>-10<+1[>1,M1.1.1,J1");
+  ASSERT_TRUE(zone);
+  std::size_t pairs = 0;
+  for (std::int64_t local = at(2023, 12, 25); local < at(2025, 1, 15); local += 900) {
+    std::int64_t instants[2];
+    const std::size_t count = local_instants(*zone, local, instants);
+    for (std::size_t i = 0; i < count; ++i)
+      EXPECT_EQ(instants[i] + zone->utc_offset(instants[i]), local) << local;
+    if (count == 2) {
+      ++pairs;
+      EXPECT_LT(instants[0], instants[1]) << local;
+    }
+  }
+  EXPECT_GT(pairs, 0U);
 }
 
 TEST(zone_rules, local_time_is_the_instant_shifted_by_its_offset) {
