@@ -57,7 +57,7 @@ constexpr std::size_t string_room(std::size_t size) { return 6 * size + 2; }
 // can be had back.
 void put_string(char*& p, std::string_view text) {
   *p++ = '"';
-  // Eight bytes at a time while none needs escaping: names and most text.
+  // Eight bytes at a time while none needs escaping: most record text.
   constexpr std::uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
   const auto has_zero = [](std::uint64_t word) { return (word - ones) & ~word & highs; };
   while (text.size() >= 8) {
